@@ -1,7 +1,29 @@
-# cmake --install: the library, its header, the command.
-install(TARGETS VornelBlCore LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-                             RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# cmake --install: the library, its header, what CMake and pkg-config need to find them, and the
+# command.
+include(CMakePackageConfigHelpers)
+set(PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VornelBlCore)
+
+install(TARGETS VornelBlCore EXPORT VornelBlCoreTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(NOT WIN32)
+  install(FILES $<TARGET_FILE_DIR:VornelBlCore>/VornelBlCore.so DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 install(FILES ${CMAKE_SOURCE_DIR}/include/VornelBlCore.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+install(EXPORT VornelBlCoreTargets NAMESPACE Vornel:: DESTINATION ${PACKAGE_DIR})
+configure_package_config_file(${CMAKE_SOURCE_DIR}/cmake/VornelBlCoreConfig.cmake.in
+  ${CMAKE_BINARY_DIR}/VornelBlCoreConfig.cmake INSTALL_DESTINATION ${PACKAGE_DIR})
+write_basic_package_version_file(${CMAKE_BINARY_DIR}/VornelBlCoreConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_BINARY_DIR}/VornelBlCoreConfig.cmake
+  ${CMAKE_BINARY_DIR}/VornelBlCoreConfigVersion.cmake DESTINATION ${PACKAGE_DIR})
+
+# Paths in the .pc file count from where it lies, so that the installed tree can be moved.
+file(RELATIVE_PATH PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(${CMAKE_SOURCE_DIR}/cmake/VornelBlCore.pc.in ${CMAKE_BINARY_DIR}/VornelBlCore.pc @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/VornelBlCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
 if(TARGET vornel)
   install(TARGETS vornel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
