@@ -1,0 +1,102 @@
+// The observations of an epoch: records of fixed size, one slot for each of the 135 satellite numbers. A missing
+// value is 0.0.
+//
+// Index [s] is satellite number minus 1, index [f] 0 for the first and 1 for the second signal.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "foundation/epoch.h"
+#include "foundation/position.h"
+#include "foundation/satellite.h"
+
+namespace vornel {
+
+// What receiver records and differences have in common.
+class RWObsData {
+  public:
+    Epoch epoch;
+    std::vector<int> satList;      // observed, ascending, without repeats
+    std::vector<int> satListF1;    // usable on the first signal, ascending
+    std::vector<int> satListF2;    // on the second
+    std::vector<int> satListDual;  // on both
+    double code[kSatelliteCount][2] = {};   // metres
+    double phase[kSatelliteCount][2] = {};  // cycles
+    std::int16_t glonassChannel[kGlonassSlotCount];  // by slot - 1; -1 until set
+
+    RWObsData();
+    RWObsData(const RWObsData&) = default;
+    RWObsData& operator=(const RWObsData&) = default;
+    virtual ~RWObsData() = default;
+};
+
+// One receiver at one epoch, with its satellites' positions and clocks.
+class ZDObsData : public RWObsData {
+  public:
+    int ephemerisSource;  // 0 broadcast, else precise
+    int useGps, useGlonass, useBds, useGalileo;
+    int tropoModel;       // carried along
+    double azel[kSatelliteCount][2] = {};    // azimuth, elevation at this receiver, radians
+    double satPos[kSatelliteCount][3] = {};  // at transmission, in the frame of reception, metres
+    double satVel[kSatelliteCount][3] = {};  // m/s, in the frame of the ephemeris
+    double range[kSatelliteCount] = {};      // metres
+    double corrA[kSatelliteCount] = {};      // zero
+    double corrB[kSatelliteCount] = {};      // zero
+    double satClock[kSatelliteCount] = {};   // seconds
+
+    ZDObsData(int ephemerisSource, int useGps, int useGlonass, int useBds, int useGalileo,
+              int tropoModel);
+
+    // Stores the 64 slots of one receiver: satellite numbers (others than 1 to 135 are skipped), codes (m) and
+    // phases (cycles) on both signals.
+    void Fill(int week, double seconds, const int* satellites, const double* code1,
+              const double* code2, const double* phase1, const double* phase2);
+
+    // Solves transmission time, position, velocity, clock and direction of every satellite seen from `station`
+    // and sorts the satellites at or above the mask (radians) into the three derived lists. dualFlag becomes 1
+    // when one of them has both signals.
+    void Correct(XYZPosition station, double elevationMask, int& dualFlag);
+
+  private:
+    bool SatelliteAt(const Epoch& time, int system, int id, XYZPosition& position, double& clock,
+                     int& channel) const;
+    void CorrectOne(int number, const XYZPosition& station, double elevationMask, int& dualFlag);
+};
+
+// Rover minus base at one epoch.
+class SDObsData : public RWObsData {
+  public:
+    int tropoModel;
+    std::vector<int> activeSats;  // satellites in use; written by data preparation, then only shrunk
+    double azelA[kSatelliteCount][2] = {};    // azimuth, elevation at the rover; refreshed by the model
+    double azelB[kSatelliteCount][2] = {};    // at the base
+    double satPosA[kSatelliteCount][3] = {};  // satellite as the rover saw it, metres
+    double satPosB[kSatelliteCount][3] = {};  // as the base saw it
+    double satClockA[kSatelliteCount] = {};   // seconds
+    double satClockB[kSatelliteCount] = {};
+    double sdRange[kSatelliteCount] = {};     // modelled differences, metres
+    double sdIono[kSatelliteCount] = {};      // on the first signal of GPS
+    double sdTrop[kSatelliteCount] = {};
+    double sdSpare[kSatelliteCount] = {};     // zero
+    double sdObserved[kSatelliteCount] = {};  // zero; read by the preliminary baseline alone
+
+    explicit SDObsData(int tropoModel);
+
+    // Intersects and differences two receivers' records. The epoch is their mean, a whole second.
+    void Form(const ZDObsData& rover, const ZDObsData& base);
+
+    // The computed rover-minus-base value of a satellite, metres, with positions in ECEF metres: range with
+    // satellite clocks, troposphere, minus ionoFactor times the ionosphere of the first GPS frequency.
+    // unit: from the satellite to the rover. Refreshes sdRange, sdIono, sdTrop and azelA of the satellite.
+    void Model(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base, double unit[3],
+               double& value);
+    // The same with the MOPS troposphere, for the fixed solution.
+    void ModelFixed(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
+                    double unit[3], double& value);
+
+    bool IsActive(int satNumber) const;
+    void RemoveActive(int satNumber);
+};
+
+}  // namespace vornel
