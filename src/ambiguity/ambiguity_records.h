@@ -31,9 +31,9 @@ class AmbRstInfo {
     int lastEpoch = -1;  // inclusive
     Epoch firstTime;
     Epoch lastTime;
-    double rms1 = 0.0;   // metres; during a pass the sum of squares
-    double rms2 = 0.0;   // second frequency block (model 3)
-    int rows1 = 0;       // kept
+    double rms1 = 0.0;  // metres; during a pass the sum of squares
+    double rms2 = 0.0;  // second frequency block (model 3)
+    int rows1 = 0;      // kept
     int rows2 = 0;
     int rejected1 = 0;
     int rejected2 = 0;

@@ -12,7 +12,7 @@ class StaticPeriod {
     int startIndex = -1;  // into the epochs of the run
     int endIndex = -1;    // inclusive
     int epochCount = 0;
-    int refSatGps = -1;   // satellite numbers, -1 for none
+    int refSatGps = -1;  // satellite numbers, -1 for none
     int refSatGlo = -1;
     int refSatBds = -1;
     int refSatGal = -1;

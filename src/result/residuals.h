@@ -26,7 +26,8 @@ class Residual {
 
 class ResidualList {
   public:
-    std::vector<std::pair<int, Residual>> entries;  // by satellite number, in order of first residual
+    std::vector<std::pair<int, Residual>>
+        entries;  // by satellite number, in order of first residual
     Residual emptyResidual;
 
     ResidualList() = default;

@@ -11,19 +11,19 @@ namespace vornel {
 
 class SolveResult {
   public:
-    int mode = 0;  // solve model
+    int mode = 0;                         // solve model
     double dX = 0.0, dY = 0.0, dZ = 0.0;  // rover minus base, ECEF metres
     double length = 0.0;                  // metres
     double horizontalDistance = 0.0;
-    double heightDifference = 0.0;        // 0.0 in all records
+    double heightDifference = 0.0;  // 0.0 in all records
     int dof = 0;
     double varianceFactor = 0.0;
-    gult::matrixT covXYZ;                 // 3 by 3, m^2, when filled; 6 by 6 zeros before
+    gult::matrixT covXYZ;  // 3 by 3, m^2, when filled; 6 by 6 zeros before
     gult::matrixT covNEU;
-    double sigma3 = 0.0;                  // metres
-    double sigmaLength = 0.0;             // metres
-    double relativeAccuracy = 0.0;        // parts per million
-    double rms = 0.0;                     // metres
+    double sigma3 = 0.0;            // metres
+    double sigmaLength = 0.0;       // metres
+    double relativeAccuracy = 0.0;  // parts per million
+    double rms = 0.0;               // metres
 
     SolveResult() = default;
     SolveResult(const SolveResult&) = default;
@@ -50,7 +50,8 @@ class SolveResultFixed : public SolveResult {
 class ResultManage {
   public:
     int solveModel = 0;
-    bool summaryFlagA = false, summaryFlagB = false, summaryFlagC = false;  // reported, never written
+    bool summaryFlagA = false, summaryFlagB = false,
+         summaryFlagC = false;  // reported, never written
     int summaryCode = 2;
     double summaryValues[12] = {};
     SolveResultTD tripleDiff;
