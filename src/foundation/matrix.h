@@ -32,6 +32,9 @@ class matrixT {
 
     // The element, after a check of both indices; unshares the handle first, reads included.
     double& operator()(std::uint32_t row, std::uint32_t column);
+    // The ColCount() values of a row, for reading alone: the handle stays shared. Good until the matrix is
+    // next written to. Throws like operator().
+    const double* RowValues(std::uint32_t row) const;
 
     std::uint32_t RowCount() const { return rep_->rowCount; }
     std::uint32_t ColCount() const { return rep_->colCount; }
@@ -55,10 +58,10 @@ class matrixT {
 
   private:
     struct Representation {
-        double** rows;             // each row a block of its own, so that rows swap by pointer
-        std::uint32_t rowCount;    // logical shape ...
+        double** rows;           // each row a block of its own, so that rows swap by pointer
+        std::uint32_t rowCount;  // logical shape ...
         std::uint32_t colCount;
-        std::uint32_t allocRows;   // ... and what was allocated: SetIdentity may shrink the former
+        std::uint32_t allocRows;  // ... and what was allocated: SetIdentity may shrink the former
         std::uint32_t allocCols;
         std::int32_t refCount;
     };

@@ -1,0 +1,98 @@
+// The numbering of satellites, and the carriers that depend on a channel or a band.
+#include "foundation/satellite.h"
+
+namespace vornel {
+
+namespace {
+
+struct NumberBlock {
+    int system;
+    int count;   // ids run from 1 to count
+    int offset;  // from id to number
+};
+
+constexpr NumberBlock kBlocks[] = {
+    {kGps, 35, 0},
+    {kGlonass, kGlonassSlotCount, 35},
+    {kBds, 36, 67},
+    {kGalileo, 32, 103},
+};
+
+}  // namespace
+
+int MakeSatNumber(int system, int id) {
+    for (const NumberBlock& block : kBlocks) {
+        if (block.system == system && id >= 1 && id <= block.count) {
+            return id + block.offset;
+        }
+    }
+    return 0;
+}
+
+int SplitSatNumber(int number, int* id) {
+    int system = 0;
+    int idInSystem = number;
+    for (const NumberBlock& block : kBlocks) {
+        if (number > block.offset && number <= block.offset + block.count) {
+            system = block.system;
+            idInSystem = number - block.offset;
+        }
+    }
+    if (id != nullptr) {
+        *id = idInSystem;
+    }
+    return system;
+}
+
+// GLONASS ICD 5.1, 3.3.1.1.
+double GlonassL1Frequency(int channel) {
+    return channel * 562500.0 + 1602000000.0;
+}
+
+double GlonassL2Frequency(int channel) {
+    return channel * 437500.0 + 1246000000.0;
+}
+
+double GlonassL1Wavelength(int channel) {
+    return kSpeedOfLight / GlonassL1Frequency(channel);
+}
+
+double GlonassL2Wavelength(int channel) {
+    return kSpeedOfLight / GlonassL2Frequency(channel);
+}
+
+double BandFrequency(int band) {
+    switch (band) {
+        case 1:
+            return 1575420000.0;
+        case 2:
+            return 1176450000.0;
+        case 3:
+            return 1207140000.0;
+        case 4:
+            return 1191795000.0;
+        case 5:
+            return 1278750000.0;
+        default:
+            return 15754200000.0;
+    }
+}
+
+double BandWavelength(int band) {
+    switch (band) {
+        case 1:
+            return 0.19029367279836487;
+        case 2:
+            return 0.25482804879085386;
+        case 3:
+            return 0.2483493695843067;
+        case 4:
+            return 0.251547000952345;
+        case 5:
+            return 0.23444180488758554;
+        default:
+            return 0.0;
+    }
+}
+
+}  // namespace vornel
