@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "foundation/conversion.h"
 #include "foundation/platform.h"
 
 namespace vornel {
@@ -99,16 +100,15 @@ void Epoch::Normalise() {
         fraction = 1.0;
     }
     if (fraction < 0.0) {
-        int borrowed = static_cast<int>(-fraction);
-        if (-borrowed > fraction) {
+        int borrowed = TruncateToInt(-fraction);
+        if (-static_cast<double>(borrowed) > fraction) {
             ++borrowed;
         }
         second -= borrowed;
         fraction += borrowed;
-    } else {
-        const int whole = static_cast<int>(fraction);
-        second += whole;
-        fraction -= whole;
+    } else if (fraction == 1.0) {
+        ++second;
+        fraction = 0.0;
     }
     day += second / kSecondsPerDay;
     second %= kSecondsPerDay;
@@ -210,7 +210,7 @@ double operator-(const Epoch& left, const Epoch& right) {
 }
 
 Epoch operator+(const Epoch& epoch, double seconds) {
-    const int whole = static_cast<int>(seconds);
+    const int whole = TruncateToInt(seconds);
     Epoch sum = epoch;
     sum.second += whole;
     sum.fraction += seconds - whole;
