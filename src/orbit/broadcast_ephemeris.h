@@ -9,22 +9,22 @@
 namespace vornel {
 
 struct KeplerEphemeris {
-    Epoch toeEpoch;             // reference time of the orbit
-    double tocSeconds = 0.0;    // clock reference, seconds of the week
+    Epoch toeEpoch;           // reference time of the orbit
+    double tocSeconds = 0.0;  // clock reference, seconds of the week
     int tocWeek = 0;
-    int satId = 0;              // in the system
+    int satId = 0;                           // in the system
     double af0 = 0.0, af1 = 0.0, af2 = 0.0;  // s, s/s, s/s^2
     int iode = 0;
     double crs = 0.0, deltaN = 0.0, m0 = 0.0, cuc = 0.0, e = 0.0, cus = 0.0, sqrtA = 0.0, toe = 0.0,
            cic = 0.0, omega0 = 0.0, cis = 0.0, i0 = 0.0, crc = 0.0, omega = 0.0, omegaDot = 0.0,
-           idot = 0.0;          // radians, metres, root of metres; toe in seconds of the week
+           idot = 0.0;  // radians, metres, root of metres; toe in seconds of the week
     int l2Codes = 0;
     int toeWeek = 0;
     int l2PFlag = 0;
     double accuracy = 0.0;
-    int health = 0;             // 0 when usable
-    double tgd = 0.0;           // kept, not applied
-    double tgd2 = 0.0;          // second group delay of BDS and Galileo; kept
+    int health = 0;     // 0 when usable
+    double tgd = 0.0;   // kept, not applied
+    double tgd2 = 0.0;  // second group delay of BDS and Galileo; kept
     double iodc = 0.0;
     double transmitTime = 0.0;
     int fitInterval = 0;

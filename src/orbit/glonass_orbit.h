@@ -9,16 +9,16 @@
 namespace vornel {
 
 struct GlonassEphemeris {
-    int slot = 0;              // 1 to 32
-    Epoch refEpoch;            // reference time with a date, or zero when only the time of day is known
-    double tbSeconds = 0.0;    // reference time, seconds of the day
+    int slot = 0;    // 1 to 32
+    Epoch refEpoch;  // reference time with a date, or zero when only the time of day is known
+    double tbSeconds = 0.0;  // reference time, seconds of the day
     double spare1 = 0.0;
-    double clockBias = 0.0;    // s
-    double clockDrift = 0.0;   // s/s
+    double clockBias = 0.0;   // s
+    double clockDrift = 0.0;  // s/s
     double spare2 = 0.0;
-    int leapSeconds = 0;       // GPS time minus the time scale of refEpoch
+    int leapSeconds = 0;                 // GPS time minus the time scale of refEpoch
     double x = 0.0, vx = 0.0, ax = 0.0;  // km, km/s, km/s^2
-    int health = 0;            // kept, not tested
+    int health = 0;                      // kept, not tested
     double y = 0.0, vy = 0.0, ay = 0.0;
     int channel = 0;
     double z = 0.0, vz = 0.0, az = 0.0;
