@@ -17,12 +17,12 @@ namespace vornel {
 class RWObsData {
   public:
     Epoch epoch;
-    std::vector<int> satList;      // observed, ascending, without repeats
-    std::vector<int> satListF1;    // usable on the first signal, ascending
-    std::vector<int> satListF2;    // on the second
-    std::vector<int> satListDual;  // on both
-    double code[kSatelliteCount][2] = {};   // metres
-    double phase[kSatelliteCount][2] = {};  // cycles
+    std::vector<int> satList;                        // observed, ascending, without repeats
+    std::vector<int> satListF1;                      // usable on the first signal, ascending
+    std::vector<int> satListF2;                      // on the second
+    std::vector<int> satListDual;                    // on both
+    double code[kSatelliteCount][2] = {};            // metres
+    double phase[kSatelliteCount][2] = {};           // cycles
     std::int16_t glonassChannel[kGlonassSlotCount];  // by slot - 1; -1 until set
 
     RWObsData();
@@ -31,12 +31,20 @@ class RWObsData {
     virtual ~RWObsData() = default;
 };
 
+// The moment at which a signal left its satellite, and the satellite then.
+struct Transmission {
+    Epoch time;
+    XYZPosition position;  // in the axes of that moment, metres
+    double clock = 0.0;    // seconds
+    double range = 0.0;    // from the receiver to that position, metres
+};
+
 // One receiver at one epoch, with its satellites' positions and clocks.
 class ZDObsData : public RWObsData {
   public:
     int ephemerisSource;  // 0 broadcast, else precise
     int useGps, useGlonass, useBds, useGalileo;
-    int tropoModel;       // carried along
+    int tropoModel;                          // carried along
     double azel[kSatelliteCount][2] = {};    // azimuth, elevation at this receiver, radians
     double satPos[kSatelliteCount][3] = {};  // at transmission, in the frame of reception, metres
     double satVel[kSatelliteCount][3] = {};  // m/s, in the frame of the ephemeris
@@ -59,24 +67,32 @@ class ZDObsData : public RWObsData {
     void Correct(XYZPosition station, double elevationMask, int& dualFlag);
 
   private:
-    bool SatelliteAt(const Epoch& time, int system, int id, XYZPosition& position, double& clock,
+    // Position and clock of a satellite from the orbits in use; channel is written by GLONASS broadcast
+    // orbits alone.
+    bool SatelliteAt(const Epoch& time, int number, XYZPosition& position, double& clock,
                      int& channel) const;
-    void CorrectOne(int number, const XYZPosition& station, double elevationMask, int& dualFlag);
+    bool UsesSystem(int system) const;
+    bool FindTransmission(int number, const XYZPosition& station, Transmission& found) const;
+    bool LocateSatellite(int number, const XYZPosition& station);
+    void SetDirection(int number, const XYZPosition& station);
+    void ListUsable(int number, double elevationMask, int& dualFlag);
 };
 
 // Rover minus base at one epoch.
 class SDObsData : public RWObsData {
   public:
     int tropoModel;
-    std::vector<int> activeSats;  // satellites in use; written by data preparation, then only shrunk
-    double azelA[kSatelliteCount][2] = {};    // azimuth, elevation at the rover; refreshed by the model
+    std::vector<int>
+        activeSats;  // satellites in use; written by data preparation, then only shrunk
+    double azelA[kSatelliteCount][2] =
+        {};  // azimuth, elevation at the rover; refreshed by the model
     double azelB[kSatelliteCount][2] = {};    // at the base
     double satPosA[kSatelliteCount][3] = {};  // satellite as the rover saw it, metres
     double satPosB[kSatelliteCount][3] = {};  // as the base saw it
     double satClockA[kSatelliteCount] = {};   // seconds
     double satClockB[kSatelliteCount] = {};
-    double sdRange[kSatelliteCount] = {};     // modelled differences, metres
-    double sdIono[kSatelliteCount] = {};      // on the first signal of GPS
+    double sdRange[kSatelliteCount] = {};  // modelled differences, metres
+    double sdIono[kSatelliteCount] = {};   // on the first signal of GPS
     double sdTrop[kSatelliteCount] = {};
     double sdSpare[kSatelliteCount] = {};     // zero
     double sdObserved[kSatelliteCount] = {};  // zero; read by the preliminary baseline alone
@@ -89,8 +105,8 @@ class SDObsData : public RWObsData {
     // The computed rover-minus-base value of a satellite, metres, with positions in ECEF metres: range with
     // satellite clocks, troposphere, minus ionoFactor times the ionosphere of the first GPS frequency.
     // unit: from the satellite to the rover. Refreshes sdRange, sdIono, sdTrop and azelA of the satellite.
-    void Model(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base, double unit[3],
-               double& value);
+    void Model(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
+               double unit[3], double& value);
     // The same with the MOPS troposphere, for the fixed solution.
     void ModelFixed(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
                     double unit[3], double& value);

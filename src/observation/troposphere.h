@@ -9,9 +9,9 @@ namespace vornel {
 
 // Process-wide surface weather.
 struct SurfaceWeather {
-    double temperature = 18.0;   // degrees Celsius
-    double pressure = 1013.25;   // hPa
-    double humidity = 50.0;      // percent
+    double temperature = 18.0;  // degrees Celsius
+    double pressure = 1013.25;  // hPa
+    double humidity = 50.0;     // percent
 };
 const SurfaceWeather& CurrentSurfaceWeather();
 

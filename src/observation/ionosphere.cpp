@@ -1,0 +1,110 @@
+// Ionospheric delay: the broadcast model, or a thin shell with a fixed diurnal course.
+#include "observation/ionosphere.h"
+
+#include <cmath>
+#include <numbers>
+
+#include "foundation/satellite.h"
+
+namespace vornel {
+
+namespace {
+
+constexpr double kPi = std::numbers::pi;
+constexpr double kTwoPi = 2.0 * std::numbers::pi;
+constexpr double kHalfPi = 1.5707963267948966;
+constexpr double kDay = 86400.0;  // s
+
+// Electrons per square metre in the zenith at a local time in hours: a cosine by day, constant by night.
+double ShellContent(double localTime) {
+    if (localTime > 8.0 && localTime < 20.0) {
+        return std::cos(kPi * (localTime - 14.0) / 12.0) * 3e+17 + 1e+17;
+    }
+    return 1e+17;
+}
+
+double ShellDelay(const BLHPosition& station, double secondsOfWeek, double elevation) {
+    constexpr double kEarthRadius = 6377397.2;              // m
+    constexpr double kShellRadius = 6727397.2;              // m, 350 km above
+    constexpr double kDelayFactor = 1.623724475119947e-17;  // 40.3 / (GPS L1)^2, m per electron/m^2
+    const double zenithAngle = kHalfPi - elevation;
+    const double s = std::sin(zenithAngle) * (station.H + kEarthRadius) / kShellRadius;
+    const double shellZenithAngle = std::atan(s / std::sqrt(1.0 - s * s));
+    double localTime = station.L * 12.0 / kPi + std::fmod(secondsOfWeek, kDay) / 3600.0;
+    if (localTime < 0.0) {
+        localTime += 24.0;
+    } else if (localTime > 24.0) {
+        localTime -= 24.0;
+    }
+    return kDelayFactor / std::cos(shellZenithAngle) * ShellContent(localTime);
+}
+
+// c0 + c1 x + c2 x^2 + c3 x^3, summed from the constant term on.
+double Cubic(const double coefficients[4], double x) {
+    double sum = 0.0;
+    double power = 1.0;
+    for (int n = 0; n < 4; ++n) {
+        sum += coefficients[n] * power;
+        power *= x;
+    }
+    return sum;
+}
+
+// The steps of IS-GPS-200, 20.3.3.5.2.5, with two departures that this system keeps: angles are divided by 2 pi where
+// that text divides by pi, and the time of day is formed from the seconds of the week by one subtraction of
+// a day at most, so that the daily maximum shows on the first day of the week alone.
+double BroadcastDelay(const IonosphereParameters& parameters, const BLHPosition& station,
+                      double secondsOfWeek, double elevation, double azimuth) {
+    const double scaledElevation = elevation / kTwoPi;
+    const double psi = 0.0137 / (scaledElevation + 0.11) - 0.022;
+    double phiI = station.B / kTwoPi + psi * std::cos(azimuth);
+    if (phiI > 0.416) {
+        phiI = 0.416;
+    } else if (phiI < -0.416) {
+        phiI = -0.416;
+    }
+    const double lamI = station.L / kTwoPi + psi * std::sin(azimuth) / std::cos(kTwoPi * phiI);
+    const double phiM = phiI + 0.064 * std::cos(kTwoPi * (lamI - 1.617));
+    double amplitude = Cubic(parameters.alpha, phiM);
+    if (amplitude < 0.0) {
+        amplitude = 0.0;
+    }
+    double period = Cubic(parameters.beta, phiM);
+    if (period < 72000.0) {
+        period = 72000.0;
+    }
+    double t = lamI * 43200.0 + secondsOfWeek;
+    if (t >= kDay) {
+        t -= kDay;
+    } else if (t < 0.0) {
+        t += kDay;
+    }
+    const double x = (t - 50400.0) * kTwoPi / period;
+    const double arc = 0.53 - scaledElevation;
+    const double obliquity = 1.0 + 16.0 * (arc * arc * arc);
+    if (std::fabs(x) < 1.57) {
+        const double x2 = x * x;
+        return obliquity * (amplitude * (1.0 - x2 / 2.0 + x2 * x2 / 24.0) + 5e-09) * kSpeedOfLight;
+    }
+    return obliquity * 5e-09 * kSpeedOfLight;
+}
+
+}  // namespace
+
+IonosphereParameters& CurrentIonosphere() {
+    static IonosphereParameters parameters;
+    return parameters;
+}
+
+double IonoDelay(XYZPosition station, double secondsOfWeek, double elevation, double azimuth) {
+    const BLHPosition position = station.ToBLH();
+    if (position.H > 100000.0) {
+        return 0.0;
+    }
+    const IonosphereParameters& parameters = CurrentIonosphere();
+    return parameters.ionoValid != 0
+               ? BroadcastDelay(parameters, position, secondsOfWeek, elevation, azimuth)
+               : ShellDelay(position, secondsOfWeek, elevation);
+}
+
+}  // namespace vornel
