@@ -1,0 +1,23 @@
+// Satellite position and clock from a broadcast record, for the host's own single-point fix. The
+// engine has its own orbits; it is reached through its public header alone, which offers none.
+#pragma once
+
+#include <optional>
+
+#include "session/ephemerides.h"
+#include "session/geodesy.h"
+
+namespace vornel::session {
+
+struct SatelliteState {
+    Vector3 position{};  // m, earth-fixed at the time asked for
+    double clock = 0.0;  // s, satellite clock minus system time, with the relativistic term
+};
+
+// From the healthy record of the satellite nearest in time, at most 14400 s away (IS-GPS-200,
+// 20.3.3.4; Galileo OS-SIS-ICD, 5.1; BDS-SIS-ICD). Group delays are not applied. Nothing for
+// GLONASS, for the geostationary satellites of BeiDou, and without a record.
+std::optional<SatelliteState> BroadcastState(const Ephemerides& ephemerides,
+                                             EngineSatellite satellite, const io::GpsTime& time);
+
+}  // namespace vornel::session

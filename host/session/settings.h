@@ -1,0 +1,110 @@
+// What a user can set, as one table: the command line, the TOML file, the printed configuration and
+// the JSON output are all made from it.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <map>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "io/gnss_time.h"
+#include "session/satellites.h"
+
+namespace vornel::session {
+
+enum class EphemerisChoice { kAutomatic, kBroadcast, kPrecise };
+
+// A satellite left out, whole or between two times (GPS time, both ends inside).
+struct Exclusion {
+    EngineSatellite satellite;
+    std::optional<io::GpsTime> start;
+    std::optional<io::GpsTime> end;
+    std::string text;  // as the user wrote it
+};
+
+struct Settings {
+    // Handed to the engine.
+    int solveMode = 0;
+    double elevationMask = 15.0;             // degrees
+    std::optional<double> samplingInterval;  // s; empty: that of the data
+    int minEpochs = 10;
+    double shortBaselineLimit = 10000.0;  // m
+    double maxFixBaseline = 30000.0;      // m
+    EphemerisChoice ephemerisSource = EphemerisChoice::kAutomatic;
+    std::array<bool, kEngineSystemCount> systems = {true, true, true, true};
+    double outlierFactor = 3.5;
+    double slipTestCap = 0.25;  // cycles
+    double ratioThreshold = 1.8;
+    double phaseStd = 0.01;        // cycles of GPS L1
+    double periodLength = 7200.0;  // s
+    int tropoModel = 1;
+    double pressure = 1013.25;     // hPa
+    double temperature = 15.0;     // degrees Celsius
+    double humidity = 50.0;        // percent
+    std::optional<int> galFreq1;   // empty: E1
+    std::optional<int> galFreq2;   // empty: the first of E5a, E5b, E5, E6 that both receivers have
+    std::vector<Exclusion> exclusions;
+
+    // The host's own.
+    std::optional<std::array<double, 3>> baseXyz;   // m
+    std::optional<std::array<double, 3>> roverXyz;  // m
+    std::optional<double> baseHeight;               // m, antenna reference point above the marker
+    std::optional<double> roverHeight;              // m
+    bool noIonosphere = false;
+    bool trustCode = false;
+    std::optional<io::GpsTime> start;  // GPS time
+    std::optional<io::GpsTime> end;
+    double interval = 0.0;  // s; 0: every epoch
+};
+
+// A value that cannot be taken; the text tells what would be.
+class SettingError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct SettingSpec {
+    const char* name;         // "elevation-mask": the option, and the key in TOML
+    const char* engineField;  // "elevationMask": its name in the engine; "" for the host's own
+    const char* argument;     // "DEG"; "" for a switch
+    int words;                // how many words the option takes: 0 a switch, 1, 3
+    bool repeatable;
+    const char* group;  // heading in the help
+    const char* help;
+    // Takes the words (of one use). Throws SettingError.
+    std::function<void(Settings&, std::span<const std::string>)> set;
+    // The value as TOML; empty when it is not set.
+    std::function<std::string(const Settings&)> toml;
+};
+
+const std::vector<SettingSpec>& AllSettings();
+
+// By the option's name or the engine's field name. Null when there is none.
+const SettingSpec* FindSetting(const std::string& name);
+
+// The nearest name of a setting by edit distance, for "did you mean".
+std::string NearestSettingName(const std::string& name);
+
+// Where a value came from: "default", "option", "file NAME:LINE", or "data: REASON".
+struct SettingOrigin {
+    std::string kind;    // "default", "option", "file", "data"
+    std::string detail;  // the file and line, or the reason
+};
+
+struct ConfiguredSettings {
+    Settings values;
+    std::map<std::string, SettingOrigin> origins;  // by SettingSpec::name; absent: default
+};
+
+// "2020-06-25T00:10:00", "2020-06-25 00:10", "2020/06/25 00:10:00.5" or "2111:345600" (GPS week and
+// seconds), in GPS time. Throws SettingError.
+io::GpsTime ParseTime(const std::string& text);
+
+// "G05" or "G05@START/END"; either end may be missing. Throws SettingError.
+Exclusion ParseExclusion(const std::string& text);
+
+}  // namespace vornel::session
