@@ -2,6 +2,7 @@
 #include "foundation/epoch.h"
 
 #include <cmath>
+#include <cstdint>
 
 #include "foundation/conversion.h"
 #include "foundation/platform.h"
@@ -75,10 +76,10 @@ Epoch::Epoch(double days) {
 }
 
 Epoch::Epoch(int week, double seconds) {
-    const int days = static_cast<int>(seconds / kSecondsPerDay);
+    const int days = TruncateToInt(seconds / kSecondsPerDay);
     const double secondsOfDay = seconds - static_cast<double>(days) * kSecondsPerDay;
-    day = week * 7 + days - kGpsOriginDays;
-    second = static_cast<int>(secondsOfDay);
+    day = static_cast<int>(std::int64_t{week} * 7 + days - kGpsOriginDays);
+    second = TruncateToInt(secondsOfDay);
     fraction = secondsOfDay - second;
     Normalise();
 }

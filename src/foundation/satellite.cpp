@@ -18,6 +18,29 @@ constexpr NumberBlock kBlocks[] = {
     {kGalileo, 32, 103},
 };
 
+struct Carrier {
+    double frequency;   // Hz
+    double wavelength;  // m
+};
+
+// Galileo OS SIS ICD, table 2: E1, E5a, E5b, E5, E6. E1 and E5b share the carriers of GPS L1 and BDS B2.
+Carrier CarrierOfBand(int band) {
+    switch (band) {
+        case 1:
+            return {kGpsL1Frequency, kGpsL1Wavelength};
+        case 2:
+            return {1176450000.0, 0.25482804879085386};
+        case 3:
+            return {kBdsB2Frequency, kBdsB2Wavelength};
+        case 4:
+            return {1191795000.0, 0.251547000952345};
+        case 5:
+            return {1278750000.0, 0.23444180488758554};
+        default:
+            return {15754200000.0, 0.0};
+    }
+}
+
 }  // namespace
 
 int MakeSatNumber(int system, int id) {
@@ -62,37 +85,11 @@ double GlonassL2Wavelength(int channel) {
 }
 
 double BandFrequency(int band) {
-    switch (band) {
-        case 1:
-            return 1575420000.0;
-        case 2:
-            return 1176450000.0;
-        case 3:
-            return 1207140000.0;
-        case 4:
-            return 1191795000.0;
-        case 5:
-            return 1278750000.0;
-        default:
-            return 15754200000.0;
-    }
+    return CarrierOfBand(band).frequency;
 }
 
 double BandWavelength(int band) {
-    switch (band) {
-        case 1:
-            return 0.19029367279836487;
-        case 2:
-            return 0.25482804879085386;
-        case 3:
-            return 0.2483493695843067;
-        case 4:
-            return 0.251547000952345;
-        case 5:
-            return 0.23444180488758554;
-        default:
-            return 0.0;
-    }
+    return CarrierOfBand(band).wavelength;
 }
 
 }  // namespace vornel

@@ -36,7 +36,7 @@ void Evaluate(SDObsData& record, double ionoFactor, int satNumber, const XYZPosi
     record.sdIono[s] = IonoDelay(rover, secondsOfWeek, azelA[1], azelA[0]) -
                        IonoDelay(base, secondsOfWeek, azelB[1], azelB[0]);
 
-    // By a, clock included, not by the distance: the vector is a unit one but for some 1e-3 of its length.
+    // By a, clock included, not by the distance: the length differs from 1 by the clock's share.
     unit[0] = (rover.X - satelliteA.X) / a;
     unit[1] = (rover.Y - satelliteA.Y) / a;
     unit[2] = (rover.Z - satelliteA.Z) / a;
