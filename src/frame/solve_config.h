@@ -18,9 +18,9 @@ class SolveConfig {
     int useGlonass = 1;
     int useBds = 1;
     int useGalileo = 1;
-    int systemListEnd = 0;         // -1 once configured: closes the four switches
-    double outlierFactor = 3.5;    // standard deviations
-    double slipTestCap = 0.25;     // cycles
+    int systemListEnd = 0;       // -1 once configured: closes the four switches
+    double outlierFactor = 3.5;  // standard deviations
+    double slipTestCap = 0.25;   // cycles
     double ratioThreshold = 1.8;
     double reservedLimitA = 25.0;  // kept, read by nothing
     double reservedLimitB = 10.0;  // kept, read by nothing

@@ -1,0 +1,39 @@
+#include "frame/ctrl_solve.h"
+
+namespace vornel {
+
+namespace {
+
+ZDObsData CorrectedEpoch(const SolveConfig& config, const CTRLSolve::ReceiverEpoch& receiver,
+                         const XYZPosition& station, int& dualFlag) {
+    ZDObsData record(config.ephemerisSource, config.useGps, config.useGlonass, config.useBds,
+                     config.useGalileo, config.tropoModel);
+    record.Fill(receiver.week, receiver.seconds, receiver.satellites, receiver.code1,
+                receiver.code2, receiver.phase1, receiver.phase2);
+    record.Correct(station, config.elevationMask, dualFlag);
+    return record;
+}
+
+bool HoldsGlonass(const std::vector<int>& satellites) {
+    for (const int satellite : satellites) {
+        if (SplitSatNumber(satellite) == kGlonass) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+void CTRLSolve::AddEpoch(const ReceiverEpoch& rover, const ReceiverEpoch& base) {
+    const ZDObsData baseRecord = CorrectedEpoch(config, base, basePosition, baseDualFreq);
+    const ZDObsData roverRecord = CorrectedEpoch(config, rover, roverPosition, roverDualFreq);
+    SDObsData difference(config.tropoModel);
+    difference.Form(roverRecord, baseRecord);
+    if (HoldsGlonass(difference.satListF1) || HoldsGlonass(difference.satListF2)) {
+        hasGlonass = 1;
+    }
+    epochs.push_back(difference);
+}
+
+}  // namespace vornel

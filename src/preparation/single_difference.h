@@ -1,0 +1,56 @@
+// Computed rover-minus-base values of one satellite, with the antennas: what every stage sets against the
+// observed phase.
+#pragma once
+
+#include "frame/static_solve.h"
+#include "observation/carriers.h"
+
+namespace vornel {
+
+// SDObsData::Model or SDObsData::ModelFixed.
+using ModelEvaluation = void (SDObsData::*)(double, int, XYZPosition, XYZPosition, double[3],
+                                            double&);
+
+// One phase combination of a satellite: a, b multiply its two phases in cycles.
+struct PhaseCombination {
+    double a, b;
+    double wavelength;  // of the combination, metres
+    double ionoFactor;  // its ionospheric delay over that on GPS L1
+};
+
+// The first (1) or second (2) frequency alone.
+PhaseCombination SingleFrequency(const Carriers& carriers, int frequency);
+
+struct ComputedDifference {
+    double model;    // metres
+    double antenna;  // metres
+    double unit[3];  // from the satellite to the rover
+
+    double WithAntenna() const { return model - antenna; }
+};
+
+class SingleDifferenceModel {
+  public:
+    // Refers to the solver: its base, antennas and configuration.
+    explicit SingleDifferenceModel(const StaticSolve& solver,
+                                   ModelEvaluation evaluation = &SDObsData::Model)
+        : solver_(solver),
+          evaluation_(evaluation),
+          carrierTable_(solver.config.galFreq1, solver.config.galFreq2) {}
+
+    const CarrierTable& carrierTable() const { return carrierTable_; }
+
+    // Of a satellite at an epoch, GLONASS by the channel in the record.
+    Carriers CarriersOf(const SDObsData& epoch, int sat) const;
+
+    // The computed value for a rover position. Refreshes the epoch's modelled arrays.
+    ComputedDifference Compute(SDObsData& epoch, int sat, const Carriers& carriers,
+                               const PhaseCombination& combination, const XYZPosition& rover) const;
+
+  private:
+    const StaticSolve& solver_;
+    ModelEvaluation evaluation_;
+    CarrierTable carrierTable_;
+};
+
+}  // namespace vornel
