@@ -41,7 +41,7 @@ void ExpectFields(const Epoch& epoch, int day, int second, double fraction,
     EXPECT_NEAR(epoch.fraction, fraction, tolerance);
 }
 
-// --- the fields -----------------------------------------------------------------------------------
+// --- the fields ----------------------------------------------------------------------------------
 
 TEST(Epoch, DefaultIsNoTime) {
     const Epoch none;
@@ -72,7 +72,7 @@ TEST(Epoch, PeriodHoldsItsTwoEpochs) {
     EXPECT_EQ(copy.end, period.end);
 }
 
-// --- normalisation --------------------------------------------------------------------------------
+// --- normalisation -------------------------------------------------------------------------------
 
 TEST(EpochNormalisation, AFractionJustShortOfASecondRoundsUp) {
     ExpectFields(Epoch(1042, 0.9999999995), -6, 1, 0.0, 0.0);
@@ -131,7 +131,7 @@ TEST(Epoch, SubtractingIsAddingTheNegative) {
     ExpectFields(epoch, 100, 5000, 0.125, 0.0);
 }
 
-// --- comparison -----------------------------------------------------------------------------------
+// --- comparison ----------------------------------------------------------------------------------
 
 TEST(Epoch, ComparesDayThenSecondThenFraction) {
     const Epoch middle = FromFields(10, 20, 0.5);
@@ -161,7 +161,7 @@ TEST(Epoch, FractionsCompareExactly) {
     EXPECT_FALSE(b <= a);
 }
 
-// --- differences and totals -----------------------------------------------------------------------
+// --- differences and totals ----------------------------------------------------------------------
 
 TEST(Epoch, DifferenceIsInSeconds) {
     // The difference goes through days, so its rounding is that of a day: 86400 times 1.1e-16 s.
@@ -201,7 +201,7 @@ TEST(Epoch, TotalSecondsRoundsThroughDays) {
     EXPECT_EQ(FromFields(-1, 43200, 0.0).TotalSeconds(), -43200.0);
 }
 
-// --- weeks ----------------------------------------------------------------------------------------
+// --- weeks ---------------------------------------------------------------------------------------
 
 TEST(EpochWeeks, WeekZeroBegins7300DaysBeforeDayZero) {
     ExpectFields(Epoch(0, 0.0), -7300, 0, 0.0, 0.0);
@@ -272,7 +272,7 @@ TEST(EpochWeeks, BeforeWeekZeroTheWeekIsTruncatedTowardsIt) {
     EXPECT_EQ(seconds, -86390.0);
 }
 
-// --- day counts -----------------------------------------------------------------------------------
+// --- day counts ----------------------------------------------------------------------------------
 
 TEST(EpochDays, SplitsADayCount) {
     ExpectFields(Epoch(0.0), 0, 0, 0.0, 0.0);
@@ -297,7 +297,7 @@ TEST(EpochDays, AFractionJustShortOfASecondRoundsUp) {
     }
 }
 
-// --- calendar -------------------------------------------------------------------------------------
+// --- calendar ------------------------------------------------------------------------------------
 
 struct CivilDate {
     int year;
@@ -398,7 +398,7 @@ TEST(EpochCalendar, TimesBeyondTheDayCarry) {
     EXPECT_EQ(FromCalendar(2016, 12, 30, 49, 61, 1.5), FromCalendar(2017, 1, 1, 2, 1, 1.5));
 }
 
-// --- the clock and the time scales ----------------------------------------------------------------
+// --- the clock and the time scales ---------------------------------------------------------------
 
 vornel::UtcClock FixedClock() {
     return {2024, 3, 9, 23, 59, 58, 765};

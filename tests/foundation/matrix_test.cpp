@@ -69,7 +69,7 @@ static_assert(std::is_base_of_v<std::logic_error, gult::matrix_error>);
 static_assert(sizeof(gult::matrix_error) == sizeof(std::logic_error), "the error adds no data");
 static_assert(sizeof(matrixT) == sizeof(void*), "a handle is one pointer");
 
-// --- construction ---------------------------------------------------------------------------------
+// --- construction --------------------------------------------------------------------------------
 
 TEST(Matrix, DefaultIsSixBySixOfZeros) {
     const matrixT m;
@@ -118,7 +118,7 @@ TEST(Matrix, NoColumnsAtAllIsAMatrix) {
     EXPECT_EQ(ToRows(matrixT(2, 0) * matrixT(0, 3)), Zeros(2, 3));
 }
 
-// --- sharing --------------------------------------------------------------------------------------
+// --- sharing -------------------------------------------------------------------------------------
 
 TEST(Matrix, CopiesShareAndDropTheirReference) {
     const matrixT original(2, 2);
@@ -246,7 +246,7 @@ TEST(Matrix, DeepCopyOfASharedMatrixLeavesTheSharingAlone) {
     EXPECT_EQ(copy.RefCount(), 1);
 }
 
-// --- element access -------------------------------------------------------------------------------
+// --- element access ------------------------------------------------------------------------------
 
 TEST(Matrix, RowOrColumnEqualToTheCountThrows) {
     matrixT m(2, 3);
@@ -262,7 +262,7 @@ TEST(Matrix, ANegativeSignedIndexThrows) {
     EXPECT_EQ(FailureOf([&] { m(0, static_cast<std::uint32_t>(signedIndex)); }), kOutOfRange);
 }
 
-// --- arithmetic -----------------------------------------------------------------------------------
+// --- arithmetic ----------------------------------------------------------------------------------
 
 TEST(Matrix, AddsAndSubtractsElementwise) {
     matrixT a = FromRows({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}});
@@ -303,14 +303,17 @@ TEST(Matrix, CompoundFormsOnASharedMatrixLeaveTheOtherHandleAlone) {
 
 TEST(Matrix, CompoundFormsAcceptTheMatrixItself) {
     matrixT sum = FromRows({{1.0, 2.0}, {3.0, 4.0}});
-    sum += sum;
+    const matrixT& sumItself = sum;
+    sum += sumItself;
     EXPECT_EQ(ToRows(sum), (Rows{{2.0, 4.0}, {6.0, 8.0}}));
     matrixT difference = sum;
-    difference -= difference;
+    const matrixT& differenceItself = difference;
+    difference -= differenceItself;
     EXPECT_EQ(ToRows(difference), Zeros(2, 2));
     EXPECT_EQ(ToRows(sum), (Rows{{2.0, 4.0}, {6.0, 8.0}}));
     matrixT square = FromRows({{1.0, 2.0}, {3.0, 4.0}});
-    square *= square;
+    const matrixT& squareItself = square;
+    square *= squareItself;
     EXPECT_EQ(ToRows(square), (Rows{{7.0, 10.0}, {15.0, 22.0}}));
 }
 
@@ -404,7 +407,7 @@ TEST(Matrix, TransposeExchangesRowsAndColumns) {
     EXPECT_EQ(ToRows(t.Transpose()), ToRows(m));
 }
 
-// --- identity -------------------------------------------------------------------------------------
+// --- identity ------------------------------------------------------------------------------------
 
 TEST(Matrix, IdentityOfASquareMatrix) {
     matrixT m = FromRows({{1.0, 2.0}, {3.0, 4.0}});
@@ -450,7 +453,7 @@ TEST(Matrix, IdentityOfASharedMatrixLeavesTheOtherHandleAlone) {
     EXPECT_EQ(ToRows(original), (Rows{{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}}));
 }
 
-// --- inverse --------------------------------------------------------------------------------------
+// --- inverse -------------------------------------------------------------------------------------
 
 TEST(MatrixInverse, MatchesKnownInverses) {
     EXPECT_EQ(ToRows(!FromRows({{4.0}})), (Rows{{0.25}}));
@@ -531,9 +534,9 @@ TEST(MatrixInverse, NoRowsGiveNoRows) {
     EXPECT_EQ(inverse.ColCount(), 0u);
 }
 
-// Gauss-Jordan elimination in its plainest form on nested vectors: first largest pivot, division of the
-// pivot row, then every other row. The inverse must make the same roundings, element for element, since
-// integer searches further on compare nearly equal numbers.
+// Gauss-Jordan elimination in its plainest form on nested vectors: first largest pivot, division of
+// the pivot row, then every other row. The inverse must make the same roundings, element for
+// element, since integer searches further on compare nearly equal numbers.
 Rows PlainInverse(Rows work) {
     const std::size_t n = work.size();
     Rows result = Zeros(n, n);
@@ -623,7 +626,7 @@ TEST(MatrixInverse, TimesTheMatrixIsTheIdentity) {
     }
 }
 
-// --- blocks and selection -------------------------------------------------------------------------
+// --- blocks and selection ------------------------------------------------------------------------
 
 TEST(MatrixBlocks, SubBlockTakesTheBlock) {
     const matrixT m = FromRows({{1.0, 2.0, 3.0}, {4.0, 5.0, 6.0}, {7.0, 8.0, 9.0}});

@@ -1,4 +1,5 @@
-// Positions: geodetic coordinates against the closed forward formula, local axes against its derivatives.
+// Positions: geodetic coordinates against the closed forward formula, local axes against its
+// derivatives.
 #include "foundation/position.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ constexpr double kLatitudes[] = {-89.99, -89.0, -60.0, -33.3, -1.0, 1.0,
                                  12.5,   45.0,  49.14, 75.0,  89.9};
 constexpr double kLongitudes[] = {-179.9, -120.0, -90.0, -0.1, 0.0, 12.88, 90.0, 135.0, 180.0};
 
-// --- the three classes ----------------------------------------------------------------------------
+// --- the three classes ---------------------------------------------------------------------------
 
 TEST(Position, DefaultsAreZero) {
     const XYZPosition xyz;
@@ -75,7 +76,7 @@ TEST(Position, DistanceIsEuclidean) {
     EXPECT_EQ(vornel::Distance(XYZPosition(1.0, 2.0, 3.0), XYZPosition(1.0, 2.0, 3.0)), 0.0);
 }
 
-// --- geodetic coordinates -------------------------------------------------------------------------
+// --- geodetic coordinates ------------------------------------------------------------------------
 
 TEST(Geodetic, AgreesWithTheForwardFormulaToAMillimetre) {
     for (const double latitude : kLatitudes) {
@@ -131,7 +132,7 @@ TEST(Geodetic, OnTheAxisTheLatitudeIsThatOfThePole) {
     EXPECT_NEAR(south.H, z - polarCurvature, 1e-3);
 }
 
-// --- local axes -----------------------------------------------------------------------------------
+// --- local axes ----------------------------------------------------------------------------------
 
 TEST(Local, APointSeenFromItselfIsZero) {
     for (const double latitude : kLatitudes) {
@@ -144,8 +145,8 @@ TEST(Local, APointSeenFromItselfIsZero) {
 }
 
 TEST(Local, AxesFollowLatitudeLongitudeAndHeight) {
-    // A short step in one geodetic coordinate is a step along one local axis, of a length known from the
-    // radii of curvature; what it strays to the others is of second order.
+    // A short step in one geodetic coordinate is a step along one local axis, of a length known
+    // from the radii of curvature; what it strays to the others is of second order.
     const double step = 1e-6;  // rad, some 6 m
     for (const double latitude : {-75.0, -33.3, 1.0, 45.0, 80.0}) {
         for (const double longitude : kLongitudes) {
@@ -250,7 +251,7 @@ TEST(Rotation, LeavesSharersOfItsMatrixAlone) {
     EXPECT_NE(r(0, 0), 5.0);
 }
 
-// --- azimuth and elevation ------------------------------------------------------------------------
+// --- azimuth and elevation -----------------------------------------------------------------------
 
 TEST(Azimuth, OnTheAxesItIsExact) {
     EXPECT_EQ(vornel::Azimuth(1.0, 0.0), 0.0);
@@ -261,6 +262,14 @@ TEST(Azimuth, OnTheAxesItIsExact) {
     EXPECT_EQ(vornel::Azimuth(1e-300, 0.0), 0.0);
     EXPECT_EQ(vornel::Azimuth(-1e-300, 0.0), kPi);
     EXPECT_EQ(vornel::Azimuth(0.0, 1e-300), kPi / 2.0);
+}
+
+TEST(Azimuth, ANegativeZeroIsZero) {
+    EXPECT_EQ(vornel::Azimuth(-0.0, 1.0), kPi / 2.0);
+    EXPECT_DOUBLE_EQ(vornel::Azimuth(-0.0, -1.0), 3.0 * kPi / 2.0);
+    EXPECT_EQ(vornel::Azimuth(1.0, -0.0), 0.0);
+    EXPECT_EQ(vornel::Azimuth(-1.0, -0.0), kPi);
+    EXPECT_EQ(vornel::Azimuth(-0.0, -0.0), 0.0);
 }
 
 TEST(Azimuth, DiagonalsOfTheFourQuadrants) {

@@ -91,7 +91,8 @@ TEST(Satellite, ANumberOutOfRangeComesBackAsItsOwnId) {
 }
 
 // Published carriers: IS-GPS-200 (154 and 120 times 10.23 MHz), BDS-SIS-ICD (B1I 1561.098 MHz, B2I
-// 1207.14 MHz), Galileo OS SIS ICD (E1 1575.42, E5a 1176.45, E5b 1207.14, E5 1191.795, E6 1278.75 MHz).
+// 1207.14 MHz), Galileo OS SIS ICD (E1 1575.42, E5a 1176.45, E5b 1207.14, E5 1191.795, E6 1278.75
+// MHz).
 TEST(Carriers, AreThePublishedOnes) {
     EXPECT_EQ(kSpeedOfLight, 299792458.0);
     EXPECT_EQ(kGpsL1Frequency, 154.0 * 10230000.0);

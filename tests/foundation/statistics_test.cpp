@@ -18,7 +18,7 @@ using vornel::StudentQuantile;
 
 constexpr double kPi = 3.14159265358979323846;
 
-// --- rounding -------------------------------------------------------------------------------------
+// --- rounding ------------------------------------------------------------------------------------
 
 TEST(RoundHalfAway, HalvesGoAwayFromZero) {
     EXPECT_EQ(RoundHalfAway(0.5), 1.0);
@@ -47,7 +47,11 @@ TEST(RoundHalfAway, TheLastNumberBelowAHalfIsRoundedWithItsSum) {
     EXPECT_EQ(RoundHalfAway(std::nextafter(-0.5, 0.0)), -1.0);
 }
 
-// --- normal quantile ------------------------------------------------------------------------------
+TEST(RoundHalfAway, NotANumberStays) {
+    EXPECT_TRUE(std::isnan(RoundHalfAway(std::numeric_limits<double>::quiet_NaN())));
+}
+
+// --- normal quantile -----------------------------------------------------------------------------
 
 TEST(NormalQuantile, FixedValues) {
     EXPECT_EQ(NormalQuantile(0.5), 0.0);
@@ -90,7 +94,7 @@ TEST(NormalQuantile, IsOddAboutTheMedian) {
     }
 }
 
-// --- incomplete beta ------------------------------------------------------------------------------
+// --- incomplete beta -----------------------------------------------------------------------------
 
 // x^(a/2) (1-x)^(b/2) / B(a/2, b/2)
 double BetaTerm(int a, int b, double x) {
@@ -152,8 +156,8 @@ TEST(BetaSeries, IsSymmetricInItsTails) {
 }
 
 TEST(BetaSeries, MatchesTheIntegralForHalves) {
-    // With x = sin^2 the integral of the density is smooth for all halves: 2 / B times the integral of
-    // sin^(a-1) cos^(b-1), by Simpson's rule.
+    // With x = sin^2 the integral of the density is smooth for all halves: 2 / B times the integral
+    // of sin^(a-1) cos^(b-1), by Simpson's rule.
     for (int a = 1; a <= 7; ++a) {
         for (int b = 1; b <= 9; ++b) {
             const double x = 0.37;
@@ -192,7 +196,7 @@ TEST(BetaSeries, RunsFromZeroToOne) {
     }
 }
 
-// --- Student's t ----------------------------------------------------------------------------------
+// --- Student's t ---------------------------------------------------------------------------------
 
 // The distribution functions of few degrees of freedom in closed form.
 double ClosedStudentCdf(int n, double t) {
@@ -291,8 +295,8 @@ TEST(StudentQuantile, OneAndTwoDegreesAreClosedForms) {
 }
 
 TEST(StudentQuantile, MatchesTheTable) {
-    // Percentage points of the t distribution, p and n as in the common tables. The last Newton step is
-    // below 0.001, which leaves less than 1e-5.
+    // Percentage points of the t distribution, p and n as in the common tables. The last Newton
+    // step is below 0.001, which leaves less than 1e-5.
     struct Row {
         int n;
         double p;
@@ -338,7 +342,7 @@ TEST(StudentQuantile, ManyDegreesApproachTheNormal) {
     EXPECT_NEAR(StudentQuantile(100000, 0.975), 1.95996398, 1e-4);
 }
 
-// --- robust weight --------------------------------------------------------------------------------
+// --- robust weight -------------------------------------------------------------------------------
 
 TEST(IggWeight, IsOneUpToTheFirstLimit) {
     EXPECT_EQ(IggWeight(0.0, 1.5, 3.0), 1.0);

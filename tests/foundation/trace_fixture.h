@@ -1,5 +1,5 @@
-// What tests of trace messages need: the bytes of the standard error stream, a directory of one's own, and a
-// clock that stands where it is put.
+// What tests of trace messages need: the bytes of the standard error stream, a directory of one's
+// own, and a clock that stands where it is put.
 #pragma once
 
 #include <stdlib.h>
@@ -53,7 +53,8 @@ class TemporaryDirectory {
     std::filesystem::path path_;
 };
 
-// Turns file descriptor 2 to a file for its life, so that every road to the standard error stream is seen.
+// Turns file descriptor 2 to a file for its life, so that every road to the standard error stream
+// is seen.
 class StderrCapture {
   public:
     StderrCapture() : file_(std::tmpfile()) {

@@ -1,5 +1,5 @@
-// The trace: templates of its path, what reaches the file and the standard error stream, and the change
-// of files with the day.
+// The trace: templates of its path, what reaches the file and the standard error stream, and the
+// change of files with the day.
 #include "foundation/trace.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +28,7 @@ using vornel::test::ReadFile;
 using vornel::test::StderrCapture;
 using vornel::test::TemporaryDirectory;
 
-// --- path templates -------------------------------------------------------------------------------
+// --- path templates ------------------------------------------------------------------------------
 
 struct Expansion {
     int count;
@@ -78,7 +78,7 @@ TEST(TracePath, ShortNumbersArePaddedWithZeros) {
 
 TEST(TracePath, HoursOfADayAsLettersAndBlocks) {
     for (int hour = 0; hour < 24; ++hour) {
-        char expected[32];
+        char expected[64];
         std::snprintf(expected, sizeof expected, "%c %02d %02d %02d %02d",
                       "abcdefghijklmnopqrstuvwx"[hour], hour, hour / 3 * 3, hour / 6 * 6,
                       hour / 12 * 12);
@@ -170,7 +170,7 @@ TEST(TracePath, ANameTooLongForTheBufferIsCut) {
     EXPECT_EQ(Expand("x%r", kEvening, huge.c_str(), "").path, "x" + std::string(1022, 'c'));
 }
 
-// --- writing --------------------------------------------------------------------------------------
+// --- writing -------------------------------------------------------------------------------------
 
 // Noon of a Wednesday, far from any change of day.
 constexpr vornel::UtcClock kNoon = {2024, 3, 6, 12, 0, 0, 0};
@@ -371,7 +371,7 @@ TEST_F(Trace, TheClockIsReadForWrittenLinesAlone) {
     EXPECT_EQ(clock_.Readings(), opened + 2);
 }
 
-// --- dumps ----------------------------------------------------------------------------------------
+// --- dumps ---------------------------------------------------------------------------------------
 
 matrixT SampleMatrix() {
     matrixT m(2, 3);
@@ -475,7 +475,7 @@ TEST_F(Trace, AnArrayWithoutRowsWritesNothing) {
     EXPECT_EQ(ReadFile(path), "");
 }
 
-// --- the change of day ----------------------------------------------------------------------------
+// --- the change of day ---------------------------------------------------------------------------
 
 TEST_F(Trace, ANewDayBeginsANewFile) {
     const std::string pathTemplate = directory_.File("t%m%d.log");
@@ -574,7 +574,7 @@ TEST_F(Trace, AFileThatCannotBeOpenedAtTheNewDayLeavesTheStandardErrorStream) {
     EXPECT_EQ(standardError.Text(), "3 astray\nboth\n1 both\n");
 }
 
-// --- in a process of its own ----------------------------------------------------------------------
+// --- in a process of its own ---------------------------------------------------------------------
 
 // What a new process does before any call to the trace. Status 0 when all is as it should be.
 [[noreturn]] void WriteBeforeAnyOpen(const std::string& path) {
