@@ -1,0 +1,96 @@
+#include "estimation/double_difference.h"
+
+#include <algorithm>
+
+namespace vornel {
+
+std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const StaticPeriod& period,
+                             const std::vector<AmbRstInfo>& ambiguities,
+                             const std::vector<AmbRstInfo>* wideLane) {
+    std::vector<Row> rows;
+    for (const int sat : solver.epochs[static_cast<std::size_t>(epochIndex)].activeSats) {
+        if (period.IsReference(sat)) {
+            continue;
+        }
+        const int system = SplitSatNumber(sat);
+        const int ambiguity = FindAmbiguity(ambiguities, sat, epochIndex);
+        const int wide = wideLane == nullptr ? -1 : FindAmbiguity(*wideLane, sat, epochIndex);
+        const int para =
+            system == kGlonass ? FindAmbiguity(solver.ambiguityParas, sat, epochIndex) : -1;
+        if (ambiguity == -1 || (wideLane != nullptr && wide == -1) ||
+            (system == kGlonass && para == -1)) {
+            continue;
+        }
+        rows.push_back({sat, system, ambiguity, wide, para});
+    }
+    std::sort(rows.begin(), rows.end(),
+              [](const Row& left, const Row& right) { return left.sat < right.sat; });
+    return rows;
+}
+
+DoubleDifferencer::DoubleDifferencer(StaticSolve& solver, int mode, int block,
+                                     ModelEvaluation evaluation)
+    : solver_(solver), mode_(mode), block_(block), model_(solver, evaluation) {}
+
+bool DoubleDifferencer::TakeUpEpoch(int epochIndex, const StaticPeriod& period) {
+    epochIndex_ = epochIndex;
+    const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
+    bool any = false;
+    for (const int system : {kGps, kGlonass, kBds, kGalileo}) {
+        SystemReference& reference = references_[system];
+        reference = SystemReference();
+        const int sat = period.ReferenceOf(system);
+        if (sat == -1 || !epoch.IsActive(sat)) {
+            continue;
+        }
+        const Observed observed = Observe(sat, system);
+        reference.present = true;
+        reference.combination = observed.combination;
+        reference.observed = observed.value;
+        reference.elevation = observed.elevation;
+        std::copy(observed.computed.unit, observed.computed.unit + 3, reference.unit);
+        any = true;
+    }
+    return any;
+}
+
+DoubleDifference DoubleDifferencer::Form(const Row& row) {
+    const SystemReference& reference = references_[row.system];
+    const Observed observed = Observe(row.sat, row.system);
+    DoubleDifference difference;
+    difference.combination = observed.combination;
+    difference.elevation = observed.elevation;
+    difference.v = observed.value - reference.observed;
+    difference.biasFactor = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        difference.direction[k] = observed.computed.unit[k] - reference.unit[k];
+    }
+    if (row.system == kGlonass) {
+        const double wavelength = observed.combination.wavelength;
+        const double wavelengthRef = reference.combination.wavelength;
+        const AmbiguityPara& para = solver_.ambiguityParas[static_cast<std::size_t>(row.para)];
+        difference.v -=
+            (reference.combination.a * para.refAmbF1 + reference.combination.b * para.refAmbF2) *
+            (wavelength - wavelengthRef);
+        difference.biasFactor =
+            (kSpeedOfLight / wavelength - kSpeedOfLight / wavelengthRef) / 1000000.0;
+    }
+    return difference;
+}
+
+DoubleDifferencer::Observed DoubleDifferencer::Observe(int sat, int system) {
+    SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex_)];
+    const Carriers carriers = model_.CarriersOf(epoch, sat);
+    Observed observed;
+    observed.combination = CombinationOf(mode_, block_, system, carriers);
+    observed.computed =
+        model_.Compute(epoch, sat, carriers, observed.combination, solver_.roverPosition);
+    observed.value =
+        observed.combination.wavelength * (observed.combination.a * epoch.phase[sat - 1][0] +
+                                           observed.combination.b * epoch.phase[sat - 1][1]) -
+        observed.computed.WithAntenna();
+    observed.elevation = epoch.azelA[sat - 1][1];
+    return observed;
+}
+
+}  // namespace vornel

@@ -1,0 +1,76 @@
+// Double differences of one frequency block of one epoch: the observed minus computed values that the float
+// solution, the fixed solution and the integer search start from.
+#pragma once
+
+#include <vector>
+
+#include "ambiguity/ambiguity_records.h"
+#include "estimation/combination.h"
+#include "foundation/satellite.h"
+
+namespace vornel {
+
+// A satellite of an epoch that has what a row needs.
+struct Row {
+    int sat;
+    int system;
+    int ambiguity;  // position in the list of ambiguities
+    int wideLane;   // position in the wide-lane list; -1 outside model 6
+    int para;       // GLONASS: position in the run's segments; else -1
+};
+
+// The rows of an epoch, by satellite number: satellites in use, other than the references, for which `ambiguities`
+// holds a track at that epoch; in model 6 the wide-lane list (null otherwise) as well, and for GLONASS the
+// run's segments.
+std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const StaticPeriod& period,
+                             const std::vector<AmbRstInfo>& ambiguities,
+                             const std::vector<AmbRstInfo>* wideLane);
+
+struct SystemReference {
+    bool present = false;
+    LaneCombination combination{};
+    double observed = 0.0;   // combined phase minus computed value, metres
+    double unit[3] = {};     // from the satellite to the rover
+    double elevation = 0.0;  // at the rover, radians
+};
+
+struct DoubleDifference {
+    LaneCombination combination;
+    double v;             // observed minus computed, metres, ambiguity still in it
+    double direction[3];  // of the row in the rover's coordinates
+    double biasFactor;    // of the GLONASS bias; 0 for other systems
+    double elevation;     // at the rover, radians
+};
+
+class DoubleDifferencer {
+  public:
+    DoubleDifferencer(StaticSolve& solver, int mode, int block, ModelEvaluation evaluation);
+
+    // Evaluates the references that the epoch holds, at the solver's rover position. False when there is none.
+    bool TakeUpEpoch(int epochIndex, const StaticPeriod& period);
+    const SystemReference& ReferenceOf(int system) const { return references_[system]; }
+
+    // The double difference of a row of that epoch, whose system has its reference there. For GLONASS the
+    // reference's ambiguity is taken out as far as it is known.
+    DoubleDifference Form(const Row& row);
+
+    const CarrierTable& carrierTable() const { return model_.carrierTable(); }
+
+  private:
+    struct Observed {
+        LaneCombination combination;
+        ComputedDifference computed;
+        double value;
+        double elevation;
+    };
+    Observed Observe(int sat, int system);
+
+    StaticSolve& solver_;
+    int mode_;
+    int block_;
+    SingleDifferenceModel model_;
+    int epochIndex_ = -1;
+    SystemReference references_[kGalileo + 1];  // by system code
+};
+
+}  // namespace vornel
