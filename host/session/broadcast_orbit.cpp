@@ -72,21 +72,19 @@ std::optional<SatelliteState> BroadcastState(const Ephemerides& ephemerides,
     const SystemConstants c = ConstantsOf(satellite.system);
     const double offset = bds ? kBdtOffset : 0.0;
     const double tk = io::SecondsBetween(timed->reference, time);
-    const double dt =
-        io::SecondsBetween(io::Shifted({r.tocWeek, r.tocSeconds}, offset), time);
+    const double dt = io::SecondsBetween(io::Shifted({r.tocWeek, r.tocSeconds}, offset), time);
 
     const double axis = r.sqrtA * r.sqrtA;
     const double motion = std::sqrt(c.gm / (axis * axis * axis)) + r.deltaN;
     const double anomaly = EccentricAnomaly(r.m0 + motion * tk, r.e);
-    const double trueAnomaly = std::atan2(std::sqrt(1.0 - r.e * r.e) * std::sin(anomaly),
-                                          std::cos(anomaly) - r.e);
+    const double trueAnomaly =
+        std::atan2(std::sqrt(1.0 - r.e * r.e) * std::sin(anomaly), std::cos(anomaly) - r.e);
     const double phi = trueAnomaly + r.omega;
     const double sin2 = std::sin(2.0 * phi), cos2 = std::cos(2.0 * phi);
     const double latitude = phi + r.cus * sin2 + r.cuc * cos2;
     const double radius = axis * (1.0 - r.e * std::cos(anomaly)) + r.crs * sin2 + r.crc * cos2;
     const double inclination = r.i0 + r.idot * tk + r.cis * sin2 + r.cic * cos2;
-    const double node =
-        r.omega0 + (r.omegaDot - c.rotationRate) * tk - c.rotationRate * r.toe;
+    const double node = r.omega0 + (r.omegaDot - c.rotationRate) * tk - c.rotationRate * r.toe;
     const double x = radius * std::cos(latitude), y = radius * std::sin(latitude);
 
     SatelliteState state;

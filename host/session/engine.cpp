@@ -12,7 +12,9 @@ void Require(int answer, const char* function) {
     }
 }
 
-std::size_t Count(int answer) { return answer > 0 ? static_cast<std::size_t>(answer) : 0; }
+std::size_t Count(int answer) {
+    return answer > 0 ? static_cast<std::size_t>(answer) : 0;
+}
 
 // Calls a base data query of the engine and gathers its 31 values. `leading` stands before the
 // block: the index, or nothing.
@@ -22,11 +24,11 @@ Solution BaseData(Query query, int mode, Leading... leading) {
     s.mode = mode;
     auto& x = s.covarianceXyz;
     auto& n = s.covarianceNeu;
-    const int answer = query(
-        leading..., &s.mode, &s.vector[0], &s.vector[1], &s.vector[2], &s.length,
-        &s.horizontalDistance, &s.heightDifference, &s.dof, &s.varianceFactor, &x[0], &x[1], &x[2],
-        &x[3], &x[4], &x[5], &x[6], &x[7], &x[8], &n[0], &n[1], &n[2], &n[3], &n[4], &n[5], &n[6],
-        &n[7], &n[8], &s.sigma3, &s.sigmaLength, &s.relativeAccuracy, &s.rms);
+    const int answer =
+        query(leading..., &s.mode, &s.vector[0], &s.vector[1], &s.vector[2], &s.length,
+              &s.horizontalDistance, &s.heightDifference, &s.dof, &s.varianceFactor, &x[0], &x[1],
+              &x[2], &x[3], &x[4], &x[5], &x[6], &x[7], &x[8], &n[0], &n[1], &n[2], &n[3], &n[4],
+              &n[5], &n[6], &n[7], &n[8], &s.sigma3, &s.sigmaLength, &s.relativeAccuracy, &s.rms);
     return answer == 0 ? Solution{} : s;
 }
 
@@ -92,9 +94,8 @@ std::vector<ResidualSeries> Residuals(int index, SatNum satNum, SatList satList,
             }
             std::vector<int> weeks(Count(points)), values(Count(points));
             std::vector<double> seconds(Count(points));
-            const std::size_t written =
-                Count(list(index, systems[i], prns[i], kind, points, weeks.data(), seconds.data(),
-                           values.data()));
+            const std::size_t written = Count(list(index, systems[i], prns[i], kind, points,
+                                                   weeks.data(), seconds.data(), values.data()));
             ResidualSeries one{systems[i], prns[i], kind, {}};
             for (std::size_t k = 0; k < written; ++k) {
                 one.points.push_back({weeks[k], seconds[k], values[k]});
@@ -147,11 +148,11 @@ void Engine::SetIonosphere(std::array<double, 4> alpha, std::array<double, 4> be
 
 void Engine::AddKepler(const EngineKepler& r) {
     if (r.system == EngineSystem::kGps) {
-        Require(api_.inputOneSatNavGPS(
-                    r.satId, r.tocWeek, r.tocSeconds, r.af0, r.af1, r.af2, r.sqrtA, r.e, r.i0,
-                    r.omega0, r.omega, r.m0, r.deltaN, r.omegaDot, r.idot, r.crc, r.crs, r.cuc,
-                    r.cus, r.cic, r.cis, r.iode, r.iodc, r.toe, r.toeWeek, r.transmitTime,
-                    r.l2Codes, r.health, r.accuracy, r.l2PFlag, r.tgd, r.fitInterval),
+        Require(api_.inputOneSatNavGPS(r.satId, r.tocWeek, r.tocSeconds, r.af0, r.af1, r.af2,
+                                       r.sqrtA, r.e, r.i0, r.omega0, r.omega, r.m0, r.deltaN,
+                                       r.omegaDot, r.idot, r.crc, r.crs, r.cuc, r.cus, r.cic, r.cis,
+                                       r.iode, r.iodc, r.toe, r.toeWeek, r.transmitTime, r.l2Codes,
+                                       r.health, r.accuracy, r.l2PFlag, r.tgd, r.fitInterval),
                 "InputOneSatNavGPS");
         return;
     }
@@ -165,11 +166,11 @@ void Engine::AddKepler(const EngineKepler& r) {
 }
 
 void Engine::AddGlonass(const EngineGlonass& r) {
-    Require(api_.inputOneSatNavGLO(
-                r.slot, r.week, r.seconds, 0.0, r.tbSeconds, 0.0, r.clockBias, r.clockDrift,
-                r.position[0], r.position[1], r.position[2], r.velocity[0], r.velocity[1],
-                r.velocity[2], r.acceleration[0], r.acceleration[1], r.acceleration[2], r.health,
-                r.channel, r.age, r.leapSeconds),
+    Require(api_.inputOneSatNavGLO(r.slot, r.week, r.seconds, 0.0, r.tbSeconds, 0.0, r.clockBias,
+                                   r.clockDrift, r.position[0], r.position[1], r.position[2],
+                                   r.velocity[0], r.velocity[1], r.velocity[2], r.acceleration[0],
+                                   r.acceleration[1], r.acceleration[2], r.health, r.channel, r.age,
+                                   r.leapSeconds),
             "InputOneSatNavGLO");
 }
 
@@ -182,13 +183,12 @@ void Engine::AddPrecise(int component, EngineSatellite satellite, std::vector<in
 }
 
 void Engine::AddEpoch(EngineReceiverEpoch rover, EngineReceiverEpoch base) {
-    Require(
-        api_.inputEpochObsData(rover.week, rover.seconds, rover.satellites.data(),
-                               rover.code1.data(), rover.code2.data(), rover.phase1.data(),
-                               rover.phase2.data(), base.week, base.seconds, base.satellites.data(),
-                               base.code1.data(), base.code2.data(), base.phase1.data(),
-                               base.phase2.data()),
-        "InputEpochObsData");
+    Require(api_.inputEpochObsData(rover.week, rover.seconds, rover.satellites.data(),
+                                   rover.code1.data(), rover.code2.data(), rover.phase1.data(),
+                                   rover.phase2.data(), base.week, base.seconds,
+                                   base.satellites.data(), base.code1.data(), base.code2.data(),
+                                   base.phase1.data(), base.phase2.data()),
+            "InputEpochObsData");
 }
 
 void Engine::ExcludeSatellites(const std::vector<EngineSatellite>& satellites) {
@@ -197,9 +197,8 @@ void Engine::ExcludeSatellites(const std::vector<EngineSatellite>& satellites) {
         systems.push_back(static_cast<int>(satellite.system));
         prns.push_back(satellite.prn);
     }
-    Require(
-        api_.markDelSatList(static_cast<int>(satellites.size()), systems.data(), prns.data()),
-        "MarkDelSatList");
+    Require(api_.markDelSatList(static_cast<int>(satellites.size()), systems.data(), prns.data()),
+            "MarkDelSatList");
 }
 
 void Engine::ExcludeSpans(EngineSatellite satellite, const std::vector<EngineSpan>& spans) {
@@ -216,11 +215,11 @@ void Engine::ExcludeSpans(EngineSatellite satellite, const std::vector<EngineSpa
     }
     constexpr int kList = 0;
     constexpr int kOnlyInGaps = 0;
-    Require(api_.addOneSatTrackInfo(
-                kList, static_cast<int>(satellite.system), satellite.prn, kOnlyInGaps,
-                startWeeks.front(), startSeconds.front(), endWeeks.back(), endSeconds.back(), 0.0,
-                static_cast<int>(spans.size()), startWeeks.data(), startSeconds.data(),
-                endWeeks.data(), endSeconds.data()),
+    Require(api_.addOneSatTrackInfo(kList, static_cast<int>(satellite.system), satellite.prn,
+                                    kOnlyInGaps, startWeeks.front(), startSeconds.front(),
+                                    endWeeks.back(), endSeconds.back(), 0.0,
+                                    static_cast<int>(spans.size()), startWeeks.data(),
+                                    startSeconds.data(), endWeeks.data(), endSeconds.data()),
             "AddOneSatTrackInfo");
 }
 

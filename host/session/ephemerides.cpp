@@ -9,9 +9,9 @@ namespace {
 
 // Bounds of VornelBlCore.h.
 constexpr double kMostEccentricity = 0.5;
-constexpr double kLeastSqrtA = 1000.0, kMostSqrtA = 10000.0;  // m^0.5
-constexpr double kMostAngle = 7.0;                            // rad
-constexpr double kMostRate = 1e-3;                            // rad/s
+constexpr double kLeastSqrtA = 1000.0, kMostSqrtA = 10000.0;     // m^0.5
+constexpr double kMostAngle = 7.0;                               // rad
+constexpr double kMostRate = 1e-3;                               // rad/s
 constexpr double kLeastRadius = 15000.0, kMostRadius = 40000.0;  // km
 constexpr int kLeastChannel = -7, kMostChannel = 13;
 constexpr int kMostWeek = 6260;  // 2100-01-03 begins week 6261
@@ -29,7 +29,9 @@ int ToInt(double value) {
     return std::isfinite(value) && std::abs(value) < kMost ? static_cast<int>(value) : 0;
 }
 
-double FiniteOrZero(double value) { return std::isfinite(value) ? value : 0.0; }
+double FiniteOrZero(double value) {
+    return std::isfinite(value) ? value : 0.0;
+}
 
 // Place of a message among those of its system; the lowest is taken.
 int Rank(io::NavigationMessage message) {
@@ -72,10 +74,10 @@ EngineKepler Moved(const EngineKepler& original, const io::KeplerRecord& message
     const double axis = original.sqrtA * original.sqrtA;
     const double newAxis = axis + message.aDot * shift;
     // The mean motion refers to the axis at the message's own reference time.
-    const double motion = std::sqrt(gm / (axis * axis * axis)) + original.deltaN +
-                          message.deltaNDot * shift;
-    const double mean = std::sqrt(gm / (axis * axis * axis)) + original.deltaN +
-                        0.5 * message.deltaNDot * shift;
+    const double motion =
+        std::sqrt(gm / (axis * axis * axis)) + original.deltaN + message.deltaNDot * shift;
+    const double mean =
+        std::sqrt(gm / (axis * axis * axis)) + original.deltaN + 0.5 * message.deltaNDot * shift;
     record.sqrtA = std::sqrt(newAxis);
     record.deltaN = motion - std::sqrt(gm / (newAxis * newAxis * newAxis));
     record.m0 = std::remainder(original.m0 + mean * shift, 2.0 * M_PI);
@@ -205,9 +207,8 @@ class Selector {
         const io::GpsTime& time = candidate.timed.reference;
         const auto begin = kepler_.lower_bound({satellite, io::Shifted(time, -kServes)});
         const auto end = kepler_.upper_bound({satellite, io::Shifted(time, kServes)});
-        return std::any_of(begin, end, [&](const auto& entry) {
-            return entry.second.rank < candidate.rank;
-        });
+        return std::any_of(begin, end,
+                           [&](const auto& entry) { return entry.second.rank < candidate.rank; });
     }
 
     void Offer(EngineSatellite satellite, const Candidate& candidate) {
@@ -290,9 +291,10 @@ EngineGlonass ToEngineGlonass(const io::GlonassRecord& r) {
 }
 
 std::optional<std::string> OutOfBounds(const EngineKepler& r) {
-    for (const double value : {r.af0, r.af1, r.af2, r.sqrtA, r.e, r.i0, r.omega0, r.omega, r.m0,
-                               r.deltaN, r.omegaDot, r.idot, r.crc, r.crs, r.cuc, r.cus, r.cic,
-                               r.cis, r.toe, r.tocSeconds, r.transmitTime, r.tgd, r.tgd2}) {
+    for (const double value :
+         {r.af0,    r.af1,        r.af2,          r.sqrtA, r.e,   r.i0,  r.omega0, r.omega, r.m0,
+          r.deltaN, r.omegaDot,   r.idot,         r.crc,   r.crs, r.cuc, r.cus,    r.cic,   r.cis,
+          r.toe,    r.tocSeconds, r.transmitTime, r.tgd,   r.tgd2}) {
         if (!std::isfinite(value)) {
             return "value not finite";
         }
@@ -365,17 +367,16 @@ Ephemerides SelectEphemerides(const std::vector<io::Navigation>& files, const io
 
 bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite, const io::GpsTime& time) {
     if (satellite.system == EngineSystem::kGlonass) {
-        return std::any_of(ephemerides.glonass.begin(), ephemerides.glonass.end(),
-                           [&](const TimedGlonass& timed) {
-                               return timed.record.slot == satellite.prn &&
-                                      std::abs(io::SecondsBetween(timed.reference, time)) <=
-                                          kEphemerisReach;
-                           });
+        return std::any_of(
+            ephemerides.glonass.begin(), ephemerides.glonass.end(), [&](const TimedGlonass& timed) {
+                return timed.record.slot == satellite.prn &&
+                       std::abs(io::SecondsBetween(timed.reference, time)) <= kEphemerisReach;
+            });
     }
     return std::any_of(
         ephemerides.kepler.begin(), ephemerides.kepler.end(), [&](const TimedKepler& timed) {
-            return timed.record.system == satellite.system &&
-                   timed.record.satId == satellite.prn && timed.record.health == 0 &&
+            return timed.record.system == satellite.system && timed.record.satId == satellite.prn &&
+                   timed.record.health == 0 &&
                    std::abs(io::SecondsBetween(timed.reference, time)) <= kEphemerisReach;
         });
 }

@@ -43,8 +43,8 @@ struct TimedGlonass {
 };
 
 struct Ephemerides {
-    std::vector<TimedKepler> kepler;    // by satellite, then time
-    std::vector<TimedGlonass> glonass;  // by slot, then time
+    std::vector<TimedKepler> kepler;             // by satellite, then time
+    std::vector<TimedGlonass> glonass;           // by slot, then time
     std::map<std::string, std::size_t> dropped;  // records left out, by reason
     std::set<std::string> unnumbered;            // satellites without place in the numbering
     std::size_t recordsRead = 0;                 // of the four systems

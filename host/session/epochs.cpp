@@ -128,10 +128,9 @@ double IntervalOf(const io::Observations& rover, const std::vector<EpochPair>& p
                                                rover.epochs[pairs[i].rover].time);
         ++counts[std::llround(step * 10.0) * 100];  // tags wander by milliseconds
     }
-    const auto most = std::max_element(counts.begin(), counts.end(),
-                                       [](const auto& a, const auto& b) {
-                                           return a.second < b.second;
-                                       });
+    const auto most =
+        std::max_element(counts.begin(), counts.end(),
+                         [](const auto& a, const auto& b) { return a.second < b.second; });
     return most == counts.end() ? 0.0 : static_cast<double>(most->first) / 1000.0;
 }
 

@@ -19,13 +19,13 @@ struct EpochPair {
 };
 
 struct EpochPairs {
-    std::vector<EpochPair> pairs;      // in time order
-    std::size_t roverOnly = 0;         // epochs without a partner
+    std::vector<EpochPair> pairs;  // in time order
+    std::size_t roverOnly = 0;     // epochs without a partner
     std::size_t baseOnly = 0;
-    std::size_t moving = 0;            // of either receiver, while the antenna was being moved
-    std::size_t outOfOrder = 0;        // not after the epoch before them
-    std::size_t sameSecond = 0;        // pairs that share a whole second with the one before
-    std::size_t acrossWeeks = 0;       // pairs whose tags lie in two weeks
+    std::size_t moving = 0;       // of either receiver, while the antenna was being moved
+    std::size_t outOfOrder = 0;   // not after the epoch before them
+    std::size_t sameSecond = 0;   // pairs that share a whole second with the one before
+    std::size_t acrossWeeks = 0;  // pairs whose tags lie in two weeks
 };
 
 // Pairs the epochs whose tags differ by at most kPairingTolerance, each with its nearest. An epoch

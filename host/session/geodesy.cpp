@@ -12,7 +12,9 @@ constexpr double kEccentricitySquared = kFlattening * (2.0 - kFlattening);
 
 }  // namespace
 
-double Length(const Vector3& v) { return std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]); }
+double Length(const Vector3& v) {
+    return std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
+}
 
 Geodetic ToGeodetic(const Vector3& xyz) {
     const double equatorial = std::hypot(xyz[0], xyz[1]);

@@ -88,11 +88,10 @@ class Reader {
                 }
             }
             if (!any) {
-                throw SessionFault(Fault::kWrongRole,
-                                   path + ": this is a " + otherKind + ", not observations",
-                                   std::string("give the observations of the ") + RoleName(role) +
-                                       " with --" + RoleName(role) +
-                                       ", and other files without an option");
+                throw SessionFault(
+                    Fault::kWrongRole, path + ": this is a " + otherKind + ", not observations",
+                    std::string("give the observations of the ") + RoleName(role) + " with --" +
+                        RoleName(role) + ", and other files without an option");
             }
         }
     }

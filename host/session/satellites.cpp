@@ -21,7 +21,9 @@ constexpr std::array<SystemEntry, kEngineSystemCount> kEntries = {{
     {"Galileo", 'E', io::GnssSystem::kGalileo, 32, 103},
 }};
 
-const SystemEntry& EntryOf(EngineSystem system) { return kEntries[IndexOf(system)]; }
+const SystemEntry& EntryOf(EngineSystem system) {
+    return kEntries[IndexOf(system)];
+}
 
 std::string Named(char letter, int prn) {
     char text[16];
@@ -45,9 +47,13 @@ std::size_t IndexOf(EngineSystem system) {
     return 0;
 }
 
-const char* NameOf(EngineSystem system) { return EntryOf(system).name; }
+const char* NameOf(EngineSystem system) {
+    return EntryOf(system).name;
+}
 
-char LetterOf(EngineSystem system) { return EntryOf(system).letter; }
+char LetterOf(EngineSystem system) {
+    return EntryOf(system).letter;
+}
 
 std::optional<EngineSystem> EngineSystemOf(io::GnssSystem system) {
     for (const EngineSystem candidate : kEngineSystems) {
@@ -58,7 +64,9 @@ std::optional<EngineSystem> EngineSystemOf(io::GnssSystem system) {
     return std::nullopt;
 }
 
-io::GnssSystem FormatSystemOf(EngineSystem system) { return EntryOf(system).format; }
+io::GnssSystem FormatSystemOf(EngineSystem system) {
+    return EntryOf(system).format;
+}
 
 std::optional<EngineSatellite> ToEngine(io::SatelliteId satellite) {
     const auto system = EngineSystemOf(satellite.system);

@@ -38,7 +38,9 @@ std::string Number(double value) {
     return written;
 }
 
-std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
+std::string Quoted(const std::string& text) {
+    return "\"" + text + "\"";
+}
 
 double ParseWithin(const std::string& text, double low, double high, const char* unit) {
     const double value = ParseNumber(text);
@@ -133,7 +135,9 @@ std::string EphemerisName(EphemerisChoice choice) {
     return "auto";
 }
 
-std::string TimeText(const io::GpsTime& time) { return io::FormatTime(time, 3); }
+std::string TimeText(const io::GpsTime& time) {
+    return io::FormatTime(time, 3);
+}
 
 // ---- makers of rows -----------------------------------------------------------------------------
 
@@ -145,7 +149,7 @@ struct Range {
 };
 
 SettingSpec RealSetting(const char* name, const char* field, const char* argument,
-                        const char* group, double Settings::* member, Range range,
+                        const char* group, double Settings::*member, Range range,
                         const char* help) {
     return {name,
             field,
@@ -161,39 +165,39 @@ SettingSpec RealSetting(const char* name, const char* field, const char* argumen
 }
 
 SettingSpec OptionalReal(const char* name, const char* field, const char* argument,
-                         const char* group, std::optional<double> Settings::* member, Range range,
+                         const char* group, std::optional<double> Settings::*member, Range range,
                          const char* help) {
-    return {name,
-            field,
-            argument,
-            1,
-            false,
-            group,
-            help,
-            [member, range](Settings& s, Words w) {
-                s.*member = ParseWithin(w[0], range.low, range.high, range.unit);
-            },
-            [member](const Settings& s) {
-                return (s.*member) ? Number(*(s.*member)) : std::string();
-            }};
+    return {
+        name,
+        field,
+        argument,
+        1,
+        false,
+        group,
+        help,
+        [member, range](Settings& s, Words w) {
+            s.*member = ParseWithin(w[0], range.low, range.high, range.unit);
+        },
+        [member](const Settings& s) { return (s.*member) ? Number(*(s.*member)) : std::string(); }};
 }
 
 SettingSpec IntegerSetting(const char* name, const char* field, const char* argument,
-                           const char* group, int Settings::* member, int low, int high,
+                           const char* group, int Settings::*member, int low, int high,
                            const char* help) {
-    return {name,
-            field,
-            argument,
-            1,
-            false,
-            group,
-            help,
-            [member, low, high](Settings& s, Words w) { s.*member = ParseInteger(w[0], low, high); },
-            [member](const Settings& s) { return std::to_string(s.*member); }};
+    return {
+        name,
+        field,
+        argument,
+        1,
+        false,
+        group,
+        help,
+        [member, low, high](Settings& s, Words w) { s.*member = ParseInteger(w[0], low, high); },
+        [member](const Settings& s) { return std::to_string(s.*member); }};
 }
 
-SettingSpec BandSetting(const char* name, const char* field,
-                        std::optional<int> Settings::* member, const char* help) {
+SettingSpec BandSetting(const char* name, const char* field, std::optional<int> Settings::*member,
+                        const char* help) {
     return {name,
             field,
             "1-5",
@@ -207,7 +211,7 @@ SettingSpec BandSetting(const char* name, const char* field,
             }};
 }
 
-SettingSpec SwitchSetting(const char* name, const char* group, bool Settings::* member,
+SettingSpec SwitchSetting(const char* name, const char* group, bool Settings::*member,
                           const char* help) {
     return {name,
             "",
@@ -220,7 +224,8 @@ SettingSpec SwitchSetting(const char* name, const char* group, bool Settings::* 
             [member](const Settings& s) { return std::string(s.*member ? "true" : "false"); }};
 }
 
-SettingSpec PositionSetting(const char* name, std::optional<std::array<double, 3>> Settings::* member,
+SettingSpec PositionSetting(const char* name,
+                            std::optional<std::array<double, 3>> Settings::*member,
                             const char* help) {
     return {name,
             "",
@@ -239,7 +244,7 @@ SettingSpec PositionSetting(const char* name, std::optional<std::array<double, 3
             }};
 }
 
-SettingSpec TimeSetting(const char* name, std::optional<io::GpsTime> Settings::* member,
+SettingSpec TimeSetting(const char* name, std::optional<io::GpsTime> Settings::*member,
                         const char* help) {
     return {name,
             "",
@@ -365,8 +370,8 @@ std::vector<SettingSpec> MakeSettings() {
                     "surface pressure (1013.25)"),
         RealSetting("temperature", "temperature", "C", tuning, &S::temperature,
                     {-49.999, 99.999, "degrees Celsius"}, "surface temperature (15)"),
-        RealSetting("humidity", "humidity", "PCT", tuning, &S::humidity,
-                    {0.001, 99.999, "percent"}, "relative humidity (50)"),
+        RealSetting("humidity", "humidity", "PCT", tuning, &S::humidity, {0.001, 99.999, "percent"},
+                    "relative humidity (50)"),
     };
 }
 
@@ -378,8 +383,9 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
         row[0] = i;
         for (std::size_t j = 1; j <= b.size(); ++j) {
             const std::size_t above = row[j];
-            row[j] = std::min({above + 1, row[j - 1] + 1,
-                               diagonal + (a[i - 1] == b[j - 1] ? std::size_t{0} : std::size_t{1})});
+            row[j] =
+                std::min({above + 1, row[j - 1] + 1,
+                          diagonal + (a[i - 1] == b[j - 1] ? std::size_t{0} : std::size_t{1})});
             diagonal = above;
         }
     }
@@ -418,8 +424,8 @@ std::string NearestSettingName(const std::string& name) {
 }
 
 io::GpsTime ParseTime(const std::string& text) {
-    const std::string help = "'" + text +
-                             "' is no time; write 2020-06-25T00:10:00 or WEEK:SECONDS, in GPS time";
+    const std::string help =
+        "'" + text + "' is no time; write 2020-06-25T00:10:00 or WEEK:SECONDS, in GPS time";
     int week = 0;
     double seconds = 0.0;
     int used = 0;
@@ -443,8 +449,8 @@ io::GpsTime ParseTime(const std::string& text) {
     if (used != length) {
         int more = 0;
         const char* rest = text.c_str() + used;
-        const int withSeconds = std::sscanf(rest, "%c%2d:%2d:%lf%n", &gap, &c.hour, &c.minute,
-                                            &c.second, &more);
+        const int withSeconds =
+            std::sscanf(rest, "%c%2d:%2d:%lf%n", &gap, &c.hour, &c.minute, &c.second, &more);
         if (withSeconds != 4) {
             c.second = 0.0;
             more = 0;

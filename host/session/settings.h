@@ -42,11 +42,11 @@ struct Settings {
     double phaseStd = 0.01;        // cycles of GPS L1
     double periodLength = 7200.0;  // s
     int tropoModel = 1;
-    double pressure = 1013.25;     // hPa
-    double temperature = 15.0;     // degrees Celsius
-    double humidity = 50.0;        // percent
-    std::optional<int> galFreq1;   // empty: E1
-    std::optional<int> galFreq2;   // empty: the first of E5a, E5b, E5, E6 that both receivers have
+    double pressure = 1013.25;    // hPa
+    double temperature = 15.0;    // degrees Celsius
+    double humidity = 50.0;       // percent
+    std::optional<int> galFreq1;  // empty: E1
+    std::optional<int> galFreq2;  // empty: the first of E5a, E5b, E5, E6 that both receivers have
     std::vector<Exclusion> exclusions;
 
     // The host's own.

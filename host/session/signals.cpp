@@ -80,8 +80,12 @@ ColumnPair FindColumns(const std::vector<io::Signal>& signals, char band, char a
     return found;
 }
 
-bool InCodeBounds(double value) { return value >= kLeastCode && value <= kMostCode; }
-bool InPhaseBounds(double value) { return std::abs(value) < kMostPhase && value != 0.0; }
+bool InCodeBounds(double value) {
+    return value >= kLeastCode && value <= kMostCode;
+}
+bool InPhaseBounds(double value) {
+    return std::abs(value) < kMostPhase && value != 0.0;
+}
 
 // The tracking codes of a band at a receiver, with their counts and names.
 std::map<char, TrackedSignal> TrackedOnBand(const io::Observations& observations,
@@ -91,8 +95,7 @@ std::map<char, TrackedSignal> TrackedOnBand(const io::Observations& observations
     const auto formatSystem = FormatSystemOf(system);
     const auto systemIndex = static_cast<std::size_t>(formatSystem);
     // Columns of each tracking code, by signal table.
-    std::vector<std::vector<std::pair<char, ColumnPair>>> columns(
-        observations.signalTables.size());
+    std::vector<std::vector<std::pair<char, ColumnPair>>> columns(observations.signalTables.size());
     for (std::size_t t = 0; t < columns.size(); ++t) {
         const auto& signals = observations.signalTables[t][systemIndex];
         for (const io::Signal& signal : signals) {

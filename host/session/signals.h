@@ -28,9 +28,9 @@ inline constexpr std::size_t kFrequencies = 2;
 struct TrackedSignal {
     char band = ' ';
     char attribute = ' ';
-    std::string codeName;    // as the file calls it: "C1C", "P2"
-    std::string phaseName;   // "L1C", "L2"
-    std::size_t count = 0;   // satellite-epochs with code and phase, in the whole file
+    std::string codeName;   // as the file calls it: "C1C", "P2"
+    std::string phaseName;  // "L1C", "L2"
+    std::size_t count = 0;  // satellite-epochs with code and phase, in the whole file
 
     std::string Tracking() const { return std::string{band, attribute}; }  // "1C"
 };
@@ -50,7 +50,7 @@ using SignalChoice = std::array<std::array<SignalPair, kFrequencies>, kEngineSys
 
 // Galileo signals by the engine's numbers.
 struct GalileoSignals {
-    int first = 1;   // 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6
+    int first = 1;  // 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6
     int second = 2;
 };
 

@@ -15,8 +15,8 @@ constexpr std::size_t kUnknowns = 3 + kEngineSystemCount;
 
 // Carrier frequencies in Hz (interface documents of the systems).
 double Frequency(EngineSystem system, std::size_t f, GalileoSignals galileo) {
-    constexpr std::array<double, 6> kGalileo = {0.0,          1575.42e6,  1176.45e6,
-                                                1207.14e6,    1191.795e6, 1278.75e6};
+    constexpr std::array<double, 6> kGalileo = {0.0,       1575.42e6,  1176.45e6,
+                                                1207.14e6, 1191.795e6, 1278.75e6};
     switch (system) {
         case EngineSystem::kGps:
             return f == 0 ? 1575.42e6 : 1227.60e6;
@@ -124,16 +124,14 @@ std::vector<Ray> RaysOf(const std::vector<SignalValues>& values, const io::GpsTi
 
 }  // namespace
 
-std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values,
-                                   const io::GpsTime& time, const Ephemerides& ephemerides,
-                                   GalileoSignals galileo) {
+std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values, const io::GpsTime& time,
+                                   const Ephemerides& ephemerides, GalileoSignals galileo) {
     const std::vector<Ray> rays = RaysOf(values, time, ephemerides, galileo);
     std::array<bool, kEngineSystemCount> present{};
     for (const Ray& ray : rays) {
         present[ray.system] = true;
     }
-    const auto systems =
-        static_cast<std::size_t>(std::count(present.begin(), present.end(), true));
+    const auto systems = static_cast<std::size_t>(std::count(present.begin(), present.end(), true));
     if (rays.size() < 3 + systems) {
         return std::nullopt;
     }
@@ -157,8 +155,8 @@ std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values,
                 row[i] = -line[i] / range;
             }
             row[3 + ray.system] = 1.0;
-            row[kUnknowns] = ray.code + kSpeedOfLight * ray.satellite.clock - range - delay -
-                             clocks[ray.system];
+            row[kUnknowns] =
+                ray.code + kSpeedOfLight * ray.satellite.clock - range - delay - clocks[ray.system];
             for (std::size_t i = 0; i < kUnknowns; ++i) {
                 for (std::size_t j = 0; j <= kUnknowns; ++j) {
                     normal[i][j] += weight * row[i] * row[j];

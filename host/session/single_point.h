@@ -31,8 +31,7 @@ std::optional<CodeFix> FixFromCode(const io::Observations& observations,
                                    GalileoSignals galileo);
 
 // The fix of one epoch from prepared values; for tests. `time` is the receiver's time tag.
-std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values,
-                                   const io::GpsTime& time, const Ephemerides& ephemerides,
-                                   GalileoSignals galileo);
+std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values, const io::GpsTime& time,
+                                   const Ephemerides& ephemerides, GalileoSignals galileo);
 
 }  // namespace vornel::session

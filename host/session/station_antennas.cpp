@@ -3,12 +3,14 @@
 namespace vornel::session {
 namespace {
 
-Vector3 Neu(const io::PhaseCentreOffset& offset) { return {offset.north, offset.east, offset.up}; }
+Vector3 Neu(const io::PhaseCentreOffset& offset) {
+    return {offset.north, offset.east, offset.up};
+}
 
 bool Take(AntennaChoice& choice, const io::AntennaFile& file, const std::string& radome,
           const io::StationHeader& station, const io::GpsTime& time) {
-    const io::AntennaCalibration* antenna = io::FindReceiverAntenna(
-        file, station.antennaType, radome, station.antennaSerial, time);
+    const io::AntennaCalibration* antenna =
+        io::FindReceiverAntenna(file, station.antennaType, radome, station.antennaSerial, time);
     const io::PhaseCentreOffset* first =
         antenna == nullptr ? nullptr : io::FindOffset(*antenna, "G01");
     if (first == nullptr) {

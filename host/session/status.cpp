@@ -124,7 +124,9 @@ bool AppendModel(std::vector<int>& chain, int solveModel, bool ratioPassed, int 
 
 }  // namespace
 
-std::span<const StatusEntry> AllStatuses() { return kStatuses; }
+std::span<const StatusEntry> AllStatuses() {
+    return kStatuses;
+}
 
 const StatusEntry& DescribeStatus(int status) {
     for (const StatusEntry& entry : kStatuses) {

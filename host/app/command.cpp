@@ -1,0 +1,196 @@
+#include "app/command.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <ctime>
+#include <exception>
+#include <ostream>
+
+#include "app/command_line.h"
+#include "app/csv_report.h"
+#include "app/exit_codes.h"
+#include "app/info_report.h"
+#include "app/json_report.h"
+#include "app/output_file.h"
+#include "app/progress_line.h"
+#include "app/solve_result.h"
+#include "app/stderr_capture.h"
+#include "app/text_report.h"
+#include "app/toml_config.h"
+#include "session/fault.h"
+
+namespace vornel::app {
+namespace {
+
+constexpr const char* kStandardOutput = "-";
+
+std::string UtcNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    ::gmtime_r(&now, &utc);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
+    return text;
+}
+
+std::string CommandLineText(const std::vector<std::string>& arguments) {
+    std::string text = "vornel";
+    for (const std::string& word : arguments) {
+        const bool plain = !word.empty() && word.find_first_of(" '\"\\$*?") == std::string::npos;
+        text += plain ? " " + word : " '" + word + "'";
+    }
+    return text;
+}
+
+// A descriptor for progress that outlives the capture of the error stream.
+class ErrorDescriptor {
+  public:
+    ErrorDescriptor() : descriptor_(::dup(STDERR_FILENO)) {}
+    ErrorDescriptor(const ErrorDescriptor&) = delete;
+    ErrorDescriptor& operator=(const ErrorDescriptor&) = delete;
+    ~ErrorDescriptor() {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+    int get() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+// The engine's part, with its error stream kept aside.
+void Solve(SolveResult& result, const SolveArguments& arguments, const session::EngineApi& api,
+           ProgressLine& progress) {
+    StderrCapture capture;
+    {
+        session::Engine engine(api);
+        session::FeedOptions options;
+        options.tracePath = arguments.trace;
+        options.traceLevel = arguments.traceLevel;
+        options.progress = [&progress](const char* what, std::size_t done, std::size_t total) {
+            progress.Tell(what, done, total);
+        };
+        result.fed = session::Feed(result.session, engine, options);
+        progress.Tell("solving", 0, 0);
+        result.outcome = session::Run(result.session, engine);
+    }
+    result.engineLines = capture.Stop();
+}
+
+void WriteOutput(const std::string& path, const std::string& content, std::ostream& out) {
+    if (path == kStandardOutput) {
+        out << content;
+    } else if (!path.empty()) {
+        WriteWhole(path, content);
+    }
+}
+
+void RequireOutputs(const SolveArguments& arguments) {
+    for (const std::string& path : {arguments.json, arguments.csv}) {
+        if (!path.empty() && path != kStandardOutput) {
+            RequireWritable(path);
+        }
+    }
+    if (!arguments.report.empty()) {
+        throw UsageError("--report is not available in this version");
+    }
+}
+
+int SolveCommand(SolveArguments arguments, const std::string& commandLine,
+                 const Surroundings& around) {
+    RequireOutputs(arguments);
+    const auto begin = std::chrono::steady_clock::now();
+    SolveResult result;
+    result.version = VORNEL_VERSION;
+    result.commandLine = commandLine;
+    result.startedUtc = UtcNow();
+    const ErrorDescriptor terminal;
+    ProgressLine progress(terminal.get(), around.errIsTerminal);
+    progress.Tell("reading files", 0, 0);
+    session::Inputs inputs =
+        session::ReadInputs(arguments.paths, session::SelectionFor(arguments.settings.values));
+    result.session = session::PrepareSession(std::move(inputs), std::move(arguments.settings));
+    Solve(result, arguments, around.engine, progress);
+    progress.Stop();
+    result.secondsInAll =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+
+    if (!arguments.json.empty()) {
+        WriteOutput(arguments.json, JsonText(JsonReport(result)), around.out);
+    }
+    if (!arguments.csv.empty()) {
+        WriteOutput(arguments.csv, CsvReport(result), around.out);
+    }
+    if (arguments.json != kStandardOutput && arguments.csv != kStandardOutput) {
+        around.out << TextReport(result);
+    }
+    if (arguments.verbose) {
+        around.err << result.engineLines;
+    }
+    return static_cast<int>(CodeOf(result.outcome.acceptance, result.outcome.results.status));
+}
+
+int ConfigCommand(ConfigArguments arguments, const Surroundings& around) {
+    if (arguments.paths.base.empty()) {
+        around.out << PrintToml(arguments.settings);
+        return 0;
+    }
+    session::Inputs inputs =
+        session::ReadInputs(arguments.paths, session::SelectionFor(arguments.settings.values));
+    const session::Session prepared =
+        session::PrepareSession(std::move(inputs), std::move(arguments.settings));
+    around.out << PrintToml(prepared.settings);
+    return 0;
+}
+
+int InfoCommand(const InfoArguments& arguments, const Surroundings& around) {
+    for (const std::string& file : arguments.files) {
+        around.out << InfoReport(file);
+    }
+    return 0;
+}
+
+int Dispatch(const std::vector<std::string>& words, const Surroundings& around) {
+    Arguments arguments = ParseCommandLine(words);
+    if (auto* solve = std::get_if<SolveArguments>(&arguments)) {
+        return SolveCommand(std::move(*solve), CommandLineText(words), around);
+    }
+    if (auto* info = std::get_if<InfoArguments>(&arguments)) {
+        return InfoCommand(*info, around);
+    }
+    if (auto* config = std::get_if<ConfigArguments>(&arguments)) {
+        return ConfigCommand(std::move(*config), around);
+    }
+    around.out << std::get<TextArguments>(arguments).text;
+    return 0;
+}
+
+int Fail(const Surroundings& around, ExitCode code, const std::string& text,
+         const std::string& hint = {}) {
+    around.err << "vornel: " << text << (hint.empty() ? "" : "; " + hint) << "\n";
+    return static_cast<int>(code);
+}
+
+}  // namespace
+
+int RunCommand(const std::vector<std::string>& arguments, const Surroundings& around) {
+    try {
+        return Dispatch(arguments, around);
+    } catch (const io::InputError& error) {
+        return Fail(around, CodeOf(error.fault()), error.what());
+    } catch (const session::SessionFault& error) {
+        return Fail(around, CodeOf(error.fault()), error.what(), error.hint());
+    } catch (const ConfigError& error) {
+        return Fail(around, error.code(), error.what());
+    } catch (const UsageError& error) {
+        return Fail(around, ExitCode::kUsage, error.what());
+    } catch (const OutputError& error) {
+        return Fail(around, ExitCode::kOutput, error.what());
+    } catch (const std::exception& error) {
+        return Fail(around, ExitCode::kInternal, std::string("internal error: ") + error.what());
+    }
+}
+
+}  // namespace vornel::app

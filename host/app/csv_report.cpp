@@ -1,0 +1,35 @@
+#include "app/csv_report.h"
+
+#include <cstdio>
+
+namespace vornel::app {
+namespace {
+
+void Append(std::string& text, const char* kind, const session::Solution& solution) {
+    for (const session::ResidualSeries& series : solution.residuals) {
+        const std::string satellite = session::SatelliteName(series.system, series.prn);
+        for (const session::ResidualPoint& point : series.points) {
+            char line[128];
+            std::snprintf(line, sizeof line, "%s,%d,%d,%s,%d,%.3f,%s,%d\n", kind, solution.mode,
+                          series.kind + 1, satellite.c_str(), point.week, point.seconds,
+                          io::FormatTime({point.week, point.seconds}, 3).c_str(),
+                          point.millimetres);
+            text += line;
+        }
+    }
+}
+
+}  // namespace
+
+std::string CsvReport(const SolveResult& result) {
+    std::string text = "solution,model,block,satellite,gps_week,gps_seconds,gps_time,residual_mm\n";
+    for (const session::Solution& solution : result.outcome.results.floats) {
+        Append(text, "float", solution);
+    }
+    for (const session::Solution& solution : result.outcome.results.fixeds) {
+        Append(text, "fixed", solution);
+    }
+    return text;
+}
+
+}  // namespace vornel::app
