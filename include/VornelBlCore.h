@@ -120,17 +120,19 @@ VORNEL_API int StartProcess(int* status);
 
 /* ---- configuration and stations: before the first epoch -------------------------------------- */
 
-/* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both
- * as separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane, then
- *                    ionosphere-free. Automatic takes 1 on short baselines or when a receiver has
- * one frequency, else 6. 2 to 6 fall back on automatic when a receiver has one frequency. Values
- * outside 0 to 6 are not defined. elevationMask      radians, 0 to pi/2 (default 0.2618)
+/* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both as
+ *                    separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
+ *                    then ionosphere-free. Automatic takes 1 on short baselines or when a receiver
+ *                    has one frequency, else 6. 2 to 6 fall back on automatic when a receiver has
+ *                    one frequency. Any other value ends with status 40.
+ * elevationMask      radians, 0 to pi/2 (default 0.2618)
  * samplingInterval   seconds between epochs, above 0 (30)
  * minEpochs          fewest epochs of a period and of a usable satellite arc, 1 or more (10)
  * shortBaselineLimit metres (10000): below it automatic takes model 1; cut to 6000 below 23.5
- * degrees of latitude and to 5000 below 20 maxFixBaseline     metres (30000): from here on models 1
- * and 2 end with the float solution ephemerisSource    0 broadcast, other: precise
- * (InputOneSatPreEphValue) systems            4 ints, GPS, GLONASS, BDS, Galileo: 1 on, 0 off
+ *                    degrees of latitude and to 5000 below 20
+ * maxFixBaseline     metres (30000): from here on models 1 and 2 end with the float solution
+ * ephemerisSource    0 broadcast, other: precise (InputOneSatPreEphValue)
+ * systems            4 ints, GPS, GLONASS, BDS, Galileo: 1 on, 0 off
  * outlierFactor      a residual beyond this many standard deviations is an outlier, above 3 (3.5)
  * slipTestCap        cycles: upper bound of the tolerance of the slip test (0.25)
  * ratioThreshold     acceptance ratio of ambiguity fixing (1.8)
@@ -139,12 +141,16 @@ VORNEL_API int StartProcess(int* status);
  * phaseStd           cycles of GPS L1 (0.01)
  * periodLength       seconds: the session is cut into periods of at least this length (7200)
  * tropoModel         0 modified Hopfield, 1 Saastamoinen (1), other: none. The fixed solution
- * always uses the MOPS model. pressure, temperature, humidity   at the surface: hPa (1013.25),
- * degrees Celsius (15), percent (50). Outside 500 to 2000, -50 to 100, 0 to 100 (bounds excluded)
- * the values 1013.25, 18 and 50 are used. reservedMode       no effect on a run (1)
+ *                    always uses the MOPS model.
+ * pressure, temperature, humidity
+ *                    at the surface: hPa (1013.25), degrees Celsius (15), percent (50). Outside
+ *                    500 to 2000, -50 to 100, 0 to 100 (bounds excluded) the values 1013.25, 18
+ *                    and 50 are used.
+ * reservedMode       no effect on a run (1)
  * sessionStartWeek .. sessionEndSeconds   kept, no effect
  * galFreq1, galFreq2 Galileo signals: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. galFreq1 outside 1 to 5
- * becomes 1; galFreq2 outside 1 to 5, or equal to galFreq1 as passed, becomes 2. */
+ *                    becomes 1; galFreq2 outside 1 to 5, or equal to galFreq1 as passed, becomes
+ *                    2. Two equal bands leave Galileo without a second frequency. */
 VORNEL_API int InputSolveConfig(int slvmode, double elevationMask, double samplingInterval,
                                 int minEpochs, double shortBaselineLimit, double maxFixBaseline,
                                 int ephemerisSource, int* systems, double outlierFactor,
@@ -169,8 +175,7 @@ VORNEL_API int InputAntCorrData(double* xyzPosR, double* l1PcoR, double* l2PcoR,
 
 /* The 8 coefficients of the GPS broadcast ionosphere model: alpha 4 doubles in seconds and seconds
  * per semicircle to the powers 1 to 3, beta likewise. Without this call a fixed diurnal model
- * serves. Process-wide: once given, in force until the library is unloaded or another set is given.
- */
+ * serves. Process-wide: once given, in force until the library is unloaded or another set comes. */
 VORNEL_API int InputIonCorrData(double* alpha, double* beta);
 
 /* One broadcast ephemeris of GPS, BDS or Galileo. A record of the same satellite and reference time
@@ -227,15 +232,18 @@ VORNEL_API int InputOneSatNavGAL(int satId, int tocWeek, double tocSeconds, doub
  * unusable.
  *
  * slot          1 to 32
- * week, seconds reference time as UTC date and time of day counted in weeks and seconds from the
- * GPS origin, so that GPS time - (week, seconds) - leapSeconds is the time since the reference.
- *               Week 1042 with 172800.0 s (2000-01-01 00:00:00) means "no date": tbSeconds then
- * serves. tbSeconds     reference time, seconds of the day clockBias     s, system time minus
- * satellite time with the sign of the clock offset that is added to the range equation (satellite
- * clock minus system time) clockDrift    s/s, of the same sign x .. az       state in the
- * earth-fixed frame: km, km/s, km/s^2 (acceleration of moon and sun); 15,000 to 40,000 km from the
- * centre, every value finite channel       frequency channel, -7 to 13 health, age, spare1, spare2
- * kept, no effect leapSeconds   GPS time minus UTC on the day of the reference time */
+ * week, seconds reference time as UTC date and time of day, counted in weeks and seconds from the
+ *               GPS origin, so that GPS time - (week, seconds) - leapSeconds is the time since the
+ *               reference. 2000-01-01 00:00:00 (week 1042, 518400.0 s) means "no date": tbSeconds
+ *               then serves
+ * tbSeconds     reference time, seconds of the day
+ * clockBias     s, satellite clock minus system time (-tauN, as RINEX files hold it)
+ * clockDrift    s/s, of the same sign
+ * x .. az       state in the earth-fixed frame: km, km/s, km/s^2 (acceleration of moon and sun);
+ *               15,000 to 40,000 km from the centre, every value finite
+ * channel       frequency channel, -7 to 13
+ * health, age, spare1, spare2   kept, no effect
+ * leapSeconds   GPS time minus UTC on the day of the reference time */
 VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spare2,
                                  double tbSeconds, double spare1, double clockBias,
                                  double clockDrift, double x, double y, double z, double vx,
@@ -257,12 +265,13 @@ VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int co
 
 /* One common epoch, rover then base, in time order.
  * week.., seconds..   time tag of each receiver, GPS time; the two at most 0.1 s apart
- * satNumbers..        64 ints: number across the systems, any value outside 1 to 135 for an empty
- * slot p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on
- * the first and the second signal; 0.0 where missing Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I
- * (1561.098 MHz), B2I/B2b (1207.14 MHz); Galileo by galFreq1, galFreq2. Code values lie between 1e6
- * and 1e9 m. The epoch of the difference is the mean time of the two receivers rounded to the
- * second, with the week of the base. */
+ * satNumbers..        64 ints: number across the systems; any value outside 1 to 135 for an empty
+ *                     slot
+ * p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on the
+ *                     first and the second signal; 0.0 where missing
+ * Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I (1561.098 MHz) and 1207.14 MHz; Galileo by galFreq1,
+ * galFreq2. Code values lie between 1e6 and 1e9 m. The epoch of the difference is the mean time of
+ * the two receivers rounded to the second, with the week of the base. */
 VORNEL_API int InputEpochObsData(int weekR, double secondsR, int* satNumbersR, double* p1R,
                                  double* p2R, double* l1R, double* l2R, int weekB, double secondsB,
                                  int* satNumbersB, double* p1B, double* p2B, double* l1B,
@@ -281,7 +290,9 @@ VORNEL_API int CleanSatTrackList(VORNEL_NO_ARGUMENTS);
 
 /* Adds a track: spans of time in which a satellite is left out. The three lists mean the same.
  * Adding a satellite to a list that holds it removes its entry and every entry added after that
- * one. listIndex  0 to 2, any other stores nothing system, prn   an invalid pair stores nothing
+ * one.
+ * listIndex  0 to 2, any other stores nothing
+ * system, prn   an invalid pair stores nothing
  * isActive   other than 0: the satellite is left out at every epoch
  * startWeek .. endSeconds, value   kept, no effect
  * gapCount   entries of the four arrays, below 1: none; both ends of a gap count as inside */
@@ -308,8 +319,10 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
  * heightDifference   0.0 always
  * dof                degrees of freedom
  * varianceFactor     squared ratio of the standard deviation of unit weight found to the one
- * assumed xyz00 .. xyz22     covariance of the vector, m^2, by rows neu00 .. neu22     the same in
- * north, east, up at the rover sigma3             root of the trace of the covariance, metres
+ *                    assumed
+ * xyz00 .. xyz22     covariance of the vector, m^2, by rows
+ * neu00 .. neu22     the same in north, east, up at the rover
+ * sigma3             root of the trace of the covariance, metres
  * sigmaLength        standard deviation of the length, metres
  * relativeAccuracy   sigma3 / length, parts per million
  * rms                of the residuals, metres */
@@ -326,10 +339,12 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
  * firstEpochs, lastEpochs       indices of the first and last epoch handed over, from 0, inclusive
  * firstWeeks .. lastSeconds     their times
  * rms1, rms2                    of the residuals, metres, in the first and (model 3) second
- * frequency block; -99.99 in a fixed solution for a track with no rows rows1, rows2 rows used
+ *                               frequency block; -99.99 in a fixed solution for a track with no
+ *                               rows
+ * rows1, rows2                  rows used
  * rejected1, rejected2          rows rejected as outliers
- * values1, values2              ambiguity, cycles: real in a float solution, integer in a fixed one
- */
+ * values1, values2              ambiguity, cycles: real in a float solution, integer in a fixed
+ *                               one */
 #define VORNEL_AMBIGUITY_ARRAYS                                                                \
     int *systems, int *prns, int *firstEpochs, int *lastEpochs, int *firstWeeks,               \
         double *firstSeconds, int *lastWeeks, double *lastSeconds, double *rms1, double *rms2, \
@@ -381,8 +396,8 @@ VORNEL_API int GetFixedSolAmbListData(int index, int maxCount, double* ratio,
                                       VORNEL_AMBIGUITY_ARRAYS);
 
 /* variances: out, maxCount doubles set to 0.0, then the variances of the float ambiguities in
- * cycles squared, in list order (model 3: twice as many, the two frequencies of a track in turn);
- * returns how many were written. */
+ * cycles squared, in list order (model 3: twice as many, in an order of their own); returns how
+ * many were written. */
 VORNEL_API int GetFloatAmbCov(int index, int maxCount, double* variances);
 
 /* The same by solve model, 1 to 6: the first solution of that model; none gives 0, nothing written.
