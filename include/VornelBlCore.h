@@ -120,8 +120,8 @@ VORNEL_API int StartProcess(int* status);
 
 /* ---- configuration and stations: before the first epoch -------------------------------------- */
 
-/* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both as
- *                    separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
+/* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both
+ *                    as separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
  *                    then ionosphere-free. Automatic takes 1 on short baselines or when a receiver
  *                    has one frequency, else 6. 2 to 6 fall back on automatic when a receiver has
  *                    one frequency. Any other value ends with status 40.
