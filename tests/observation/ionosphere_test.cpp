@@ -86,8 +86,8 @@ TEST_F(Ionosphere, TheShellHasItsNightValueAtEightAndAtTwenty) {
     const XYZPosition greenwich = At(51.5L, 0.0L, 0.0L).Position();
     EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 8.0 * 3600.0, kZenith, 0.0), kNight);
     EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 20.0 * 3600.0, kZenith, 0.0), kNight);
-    EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 7.9 * 3600.0, kZenith, 0.0), kNight);
-    EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 20.1 * 3600.0, kZenith, 0.0), kNight);
+    EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 8.0 * 3600.0 - 0.5, kZenith, 0.0), kNight);
+    EXPECT_DOUBLE_EQ(IonoDelay(greenwich, 20.0 * 3600.0 + 0.5, kZenith, 0.0), kNight);
     EXPECT_GT(IonoDelay(greenwich, 8.01 * 3600.0, kZenith, 0.0), kNight + 1e-3);
     EXPECT_GT(IonoDelay(greenwich, 19.99 * 3600.0, kZenith, 0.0), kNight + 1e-3);
 }

@@ -262,6 +262,19 @@ TEST(ReceiverInput, AllSixtyFourSlotsCount) {
     }
 }
 
+TEST(ReceiverInput, ASixtyFifthSlotIsNotRead) {
+    int satellites[kSlots + 1] = {};
+    double values[kSlots + 1] = {};
+    satellites[kSlots - 1] = 20;
+    satellites[kSlots] = 21;
+    values[kSlots - 1] = 2e7;
+    values[kSlots] = 2e7;
+    ZDObsData record(0, 1, 1, 1, 1, 0);
+    record.Fill(2204, 288000.0, satellites, values, values, values, values);
+    EXPECT_EQ(record.satList, (std::vector<int>{20}));
+    EXPECT_EQ(record.code[20][0], 0.0);
+}
+
 TEST(ReceiverInput, NumbersOutsideTheNumberingAreSkipped) {
     Slots slots;
     slots.Set(0, 0, 1.0, 1.0, 1.0, 1.0);

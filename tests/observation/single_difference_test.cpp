@@ -148,6 +148,26 @@ TEST_F(SingleDifference, AMissingValueOfEitherReceiverIsMissing) {
     }
 }
 
+TEST_F(SingleDifference, SatellitesOutsideTheListHaveNoDifference) {
+    rover_.satList = {50, 52};
+    base_.satList = {48, 50};
+    for (int s = 0; s < kSatelliteCount; ++s) {
+        for (int f = 0; f < 2; ++f) {
+            rover_.code[s][f] = 5.0;
+            base_.code[s][f] = 3.0;
+            rover_.phase[s][f] = 20.0;
+            base_.phase[s][f] = 10.0;
+        }
+    }
+    difference_.Form(rover_, base_);
+    for (int s = 0; s < kSatelliteCount; ++s) {
+        for (int f = 0; f < 2; ++f) {
+            EXPECT_EQ(difference_.code[s][f], s == 49 ? 2.0 : 0.0) << s;
+            EXPECT_EQ(difference_.phase[s][f], s == 49 ? 10.0 : 0.0) << s;
+        }
+    }
+}
+
 TEST_F(SingleDifference, ChannelsComeFromTheRover) {
     const int slot5 = MakeSatNumber(kGlonass, 5);
     const int slot32 = MakeSatNumber(kGlonass, 32);

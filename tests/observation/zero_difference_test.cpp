@@ -665,7 +665,8 @@ TEST_F(ZeroDifference, UsableMeansACodeAndAPhaseOnTheSignal) {
         {0.0, 2e7, 0.0, 1e8, false, true, false},
         {2e7, 2e7, 0.0, 0.0, false, false, false},
         {2e7, 0.0, 0.0, 0.0, false, false, false},
-        {2e7, 2e7, -1e8, -1e8, true, true, true},  // a phase may be negative
+        {1e-9, 1e-9, 1e-9, 1e-9, true, true, true},  // nothing but 0.0 is missing
+        {2e7, 2e7, -1e8, -1e8, true, true, true},    // a phase may be negative
         {-2e7, 2e7, 1e8, 1e8, true, true, true},  // and a code, when the other listed the satellite
     };
     for (std::size_t i = 0; i < cases.size(); ++i) {

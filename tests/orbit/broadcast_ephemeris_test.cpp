@@ -146,6 +146,20 @@ TEST_F(KeplerOrbit, BdsIdsBelowSixTakeTheGeostationaryRotation) {
     }
 }
 
+TEST_F(KeplerOrbit, LowIdsOfGpsAndGalileoTakeTheOrdinaryPath) {
+    for (const int satId : {1, 2, 3, 4, 5}) {
+        SCOPED_TRACE(satId);
+        const KeplerEphemeris record = SampleKeplerRecord(satId, kWeek, kToe);
+        GpsStore().AddEphemeris(record);
+        GalileoStore().AddEphemeris(record);
+        const Epoch time(kWeek, kToe + 3600.0);
+        ExpectState(Ask(GetGpsPosition, time, satId),
+                    KeplerState(record, reference::kGpsConstants, 3600.0L, 3600.0L, false));
+        ExpectState(Ask(GetGalPosition, time, satId),
+                    KeplerState(record, reference::kGalileoConstants, 3600.0L, 3600.0L, false));
+    }
+}
+
 TEST_F(KeplerOrbit, AGeostationarySatelliteStandsStillOverTheEquator) {
     // A circular orbit of one sidereal day in the plane of the equator, which stands five degrees against
     // the plane that the elements of these satellites refer to.
