@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <map>
 #include <set>
 
@@ -13,19 +11,12 @@
 #include "io/navigation.h"
 #include "io/observation_reader.h"
 #include "io/precise_orbits.h"
+#include "session/text.h"
 
 namespace vornel::app {
 namespace {
 
-std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string Format(const char* format, ...) {
-    char text[512];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    return text;
-}
+using session::Format;
 
 std::string OrNone(const std::string& text) {
     return text.empty() ? "not given" : text;
@@ -121,7 +112,8 @@ std::string ObservationInfo(const io::Observations& o) {
         text +=
             Format("  %-10s  %zu satellites:", io::SystemName(system), content.satellites.size());
         for (const io::SatelliteId& satellite : content.satellites) {
-            text += " " + io::ToString(satellite);
+            text += ' ';
+            text += io::ToString(satellite);
         }
         text += "\n             ";
         for (const auto& [name, count] : content.signals) {

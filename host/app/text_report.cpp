@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
-#include <filesystem>
 #include <set>
 
 #include "session/status.h"
+#include "session/text.h"
 
 namespace vornel::app {
 namespace {
@@ -17,23 +15,10 @@ using session::EngineSystem;
 using session::Solution;
 using session::Vector3;
 
-std::string Format(const char* format, ...) __attribute__((format(printf, 1, 2)));
-std::string Format(const char* format, ...) {
-    char text[512];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof text, format, arguments);
-    va_end(arguments);
-    return text;
-}
-
-std::string FileName(const std::string& path) {
-    return std::filesystem::path(path).filename().string();
-}
-
-std::string Plural(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
+using session::FileName;
+using session::Format;
+using session::Joined;
+using session::Plural;
 
 double Deviation(double variance) {
     return variance > 0.0 ? std::sqrt(variance) : 0.0;
@@ -233,15 +218,6 @@ std::string DataBlock(const SolveResult& result) {
     return text;
 }
 
-template <typename List, typename Name>
-std::string Names(const List& list, Name name) {
-    std::string text;
-    for (const auto& entry : list) {
-        text += (text.empty() ? "" : " ") + name(entry);
-    }
-    return text;
-}
-
 std::string LeftOutBlock(const SolveResult& result) {
     const session::Session& s = result.session;
     std::string text;
@@ -251,18 +227,18 @@ std::string LeftOutBlock(const SolveResult& result) {
     };
     if (!s.leftOut.unnumbered.empty()) {
         line("no place in the engine's numbering: " +
-             Names(s.leftOut.unnumbered, [](const std::string& name) { return name; }));
+             Joined(s.leftOut.unnumbered, [](const std::string& name) { return name; }));
     }
     for (const auto& [satellite, reason] : s.leftOut.unknownChannel) {
         line(session::ToString(satellite) + ": " + reason);
     }
     if (!result.fed.noSlot.empty()) {
         line("more than 64 satellites at an epoch, left out there: " +
-             Names(result.fed.noSlot, engineName));
+             Joined(result.fed.noSlot, engineName));
     }
     if (!s.settings.values.exclusions.empty()) {
-        line("excluded: " + Names(s.settings.values.exclusions,
-                                  [](const session::Exclusion& e) { return e.text; }));
+        line("excluded: " + Joined(s.settings.values.exclusions,
+                                   [](const session::Exclusion& e) { return e.text; }));
     }
     const auto losses = [&line](const char* role, const session::ValueLosses& lost) {
         if (lost.outOfBounds > 0) {
@@ -327,7 +303,8 @@ std::string TrackingCodes(const session::SignalChoice& signals, EngineSystem sys
     std::string text;
     for (const session::SignalPair& pair : signals[session::IndexOf(system)]) {
         const auto& signal = rover ? pair.rover : pair.base;
-        text += (text.empty() ? "" : " ") + (pair.Usable() ? signal->Tracking() : "-");
+        text += text.empty() ? "" : " ";
+        text += pair.Usable() ? signal->Tracking() : "-";
     }
     return text;
 }
@@ -418,10 +395,12 @@ std::string TextReport(const SolveResult& result) {
             " (" + ChainText(result.outcome) + ")",
         "  ");
     if (const Solution* best = result.outcome.Best()) {
-        text += "\n" + VectorBlock(result, *best);
+        text += "\n";
+        text += VectorBlock(result, *best);
     }
     text += AllSolutions(result.outcome.results);
-    text += "\n" + DataBlock(result);
+    text += "\n";
+    text += DataBlock(result);
     text += LeftOutBlock(result);
     text += ForcedBlock(s);
     const auto list = [&text](const char* heading, const std::vector<std::string>& entries) {

@@ -3,36 +3,16 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <filesystem>
 
 #include "session/fault.h"
 #include "session/status.h"
+#include "session/text.h"
 
 namespace vornel::session {
 namespace {
 
 constexpr double kContradiction = 100.0;  // m between a position and the code fix
 constexpr double kLeastRadius = 6.3e6, kMostRadius = 6.5e6;  // m, of a station
-
-std::string Decimal(double value, int decimals) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%.*f", decimals, value);
-    return text;
-}
-
-std::string Plural(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
-template <typename List, typename Name>
-std::string Joined(const List& list, Name name) {
-    std::string text;
-    for (const auto& entry : list) {
-        text += (text.empty() ? "" : " ") + name(entry);
-    }
-    return text;
-}
 
 std::string NamesOf(const std::set<EngineSatellite>& satellites) {
     return Joined(satellites, [](const EngineSatellite& s) { return ToString(s); });
@@ -74,9 +54,7 @@ class Preparation {
                          const std::optional<double>& height, const char* role) {
         const io::StationHeader& header = observations.station();
         station.header = header;
-        station.name = header.markerName.empty()
-                           ? std::filesystem::path(observations.file).filename().string()
-                           : header.markerName;
+        station.name = header.markerName.empty() ? FileName(observations.file) : header.markerName;
         station.epochs = observations.epochs.size();
         if (!observations.epochs.empty()) {
             station.firstEpoch = observations.epochs.front().time;
@@ -91,8 +69,8 @@ class Preparation {
                                           });
             if (used && other.antennaHeight != header.antennaHeight && !height) {
                 Warn(std::string(role) + ": the antenna height changes within the files from " +
-                     Decimal(header.antennaHeight, 4) + " to " + Decimal(other.antennaHeight, 4) +
-                     " m; the first is used for all epochs");
+                     Format("%.4f", header.antennaHeight) + " to " +
+                     Format("%.4f", other.antennaHeight) + " m; the first is used for all epochs");
             }
             if (used && other.antennaType != header.antennaType) {
                 Warn(std::string(role) + ": the antenna changes within the files from " +
@@ -317,8 +295,8 @@ class Preparation {
             FromNeu(place, {station.header.antennaNorth, station.header.antennaEast, 0.0});
         if (Length(station.eccentricity) > 0.0) {
             Note(std::string(role) + ": the antenna stands " +
-                 Decimal(station.header.antennaNorth, 4) + " m north and " +
-                 Decimal(station.header.antennaEast, 4) +
+                 Format("%.4f", station.header.antennaNorth) + " m north and " +
+                 Format("%.4f", station.header.antennaEast) +
                  " m east of the marker; the vector is reduced to the markers");
         }
     }
@@ -336,7 +314,7 @@ class Preparation {
     void SettleContradiction(Station& station, const char* role, bool isRover) {
         const std::string fact = std::string(role) + " (" + station.name + "): the " +
                                  PositionSourceName(station.positionSource) + " position lies " +
-                                 Decimal(*station.offFromCode, 0) +
+                                 Format("%.0f", *station.offFromCode) +
                                  " m from where the code observations put it";
         if (station.positionSource == PositionSource::kOption) {
             Warn(fact + "; it is used as given");

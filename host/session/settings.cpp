@@ -240,7 +240,9 @@ SettingSpec PositionSetting(const char* name,
                     return std::string();
                 }
                 const auto& xyz = *(s.*member);
-                return "[" + Number(xyz[0]) + ", " + Number(xyz[1]) + ", " + Number(xyz[2]) + "]";
+                std::string list("[");
+                return list.append(Number(xyz[0]) + ", " + Number(xyz[1]) + ", ")
+                    .append(Number(xyz[2]) + "]");
             }};
 }
 
