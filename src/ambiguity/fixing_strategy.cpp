@@ -219,7 +219,7 @@ EpochEquations BuildEpochEquations(StaticSolve& solver, const AmbiguitySet& set)
         set.mode == 6 ? solver.resultManage.FindFixed(5).ambiguities : std::vector<AmbRstInfo>();
     std::vector<DoubleDifferencer> differencers;
     for (int block = 0; block < BlockCount(set.mode); ++block) {
-        differencers.emplace_back(solver, set.mode, block, &SDObsData::Model);
+        differencers.emplace_back(solver, set.mode, block, ModelForm::kConfigured);
     }
     for (int e = 0; e < static_cast<int>(solver.epochs.size()); ++e) {
         const StaticPeriod* period = solver.PeriodOf(e);

@@ -29,8 +29,8 @@ std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const St
 }
 
 DoubleDifferencer::DoubleDifferencer(StaticSolve& solver, int mode, int block,
-                                     ModelEvaluation evaluation)
-    : solver_(solver), mode_(mode), block_(block), model_(solver, evaluation) {}
+                                     ModelForm form)
+    : solver_(solver), mode_(mode), block_(block), model_(solver, form) {}
 
 bool DoubleDifferencer::TakeUpEpoch(int epochIndex, const StaticPeriod& period) {
     epochIndex_ = epochIndex;
@@ -79,12 +79,12 @@ DoubleDifference DoubleDifferencer::Form(const Row& row) {
 }
 
 DoubleDifferencer::Observed DoubleDifferencer::Observe(int sat, int system) {
-    SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex_)];
+    const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex_)];
     const Carriers carriers = model_.CarriersOf(epoch, sat);
     Observed observed;
     observed.combination = CombinationOf(mode_, block_, system, carriers);
     observed.computed =
-        model_.Compute(epoch, sat, carriers, observed.combination, solver_.roverPosition);
+        model_.Compute(epochIndex_, sat, carriers, observed.combination, solver_.roverPosition);
     observed.value =
         observed.combination.wavelength * (observed.combination.a * epoch.phase[sat - 1][0] +
                                            observed.combination.b * epoch.phase[sat - 1][1]) -

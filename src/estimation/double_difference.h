@@ -44,7 +44,7 @@ struct DoubleDifference {
 
 class DoubleDifferencer {
   public:
-    DoubleDifferencer(StaticSolve& solver, int mode, int block, ModelEvaluation evaluation);
+    DoubleDifferencer(StaticSolve& solver, int mode, int block, ModelForm form);
 
     // Evaluates the references that the epoch holds, at the solver's rover position. False when there is none.
     bool TakeUpEpoch(int epochIndex, const StaticPeriod& period);

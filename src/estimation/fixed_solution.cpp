@@ -38,7 +38,7 @@ class FixedSolution {
           sigmaDd_(DoubleDifferenceSigma(mode, solver.config.phaseStd)),
           baselineLength_(Distance(solver.basePosition, solver.roverPosition)) {
         for (int block = 0; block < BlockCount(mode); ++block) {
-            differencers_.emplace_back(solver, mode, block, &SDObsData::ModelFixed);
+            differencers_.emplace_back(solver, mode, block, ModelForm::kMops);
         }
     }
 

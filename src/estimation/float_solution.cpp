@@ -45,7 +45,7 @@ class FloatSolution {
           mode_(mode),
           sigmaDd_(DoubleDifferenceSigma(mode, solver.config.phaseStd)) {
         for (int block = 0; block < BlockCount(mode); ++block) {
-            differencers_.emplace_back(solver, mode, block, &SDObsData::Model);
+            differencers_.emplace_back(solver, mode, block, ModelForm::kConfigured);
         }
     }
 

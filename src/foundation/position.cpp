@@ -37,17 +37,24 @@ BLHPosition XYZPosition::ToBLH() const {
     return result;
 }
 
-NEUPosition XYZPosition::ToNEU(XYZPosition station) const {
-    const BLHPosition origin = station.ToBLH();
-    const double sinB = std::sin(origin.B);
-    const double cosB = std::cos(origin.B);
-    const double sinL = std::sin(origin.L);
-    const double cosL = std::cos(origin.L);
-    const double dX = X - station.X;
-    const double dY = Y - station.Y;
-    const double dZ = Z - station.Z;
+Station::Station(const XYZPosition& stationPosition)
+    : position(stationPosition),
+      geodetic(stationPosition.ToBLH()),
+      sinB(std::sin(geodetic.B)),
+      cosB(std::cos(geodetic.B)),
+      sinL(std::sin(geodetic.L)),
+      cosL(std::cos(geodetic.L)) {}
+
+NEUPosition Station::Local(const XYZPosition& point) const {
+    const double dX = point.X - position.X;
+    const double dY = point.Y - position.Y;
+    const double dZ = point.Z - position.Z;
     return {dZ * cosB - sinB * (sinL * dY + cosL * dX), cosL * dY - sinL * dX,
             sinB * dZ + cosB * (cosL * dX + sinL * dY)};
+}
+
+NEUPosition XYZPosition::ToNEU(XYZPosition station) const {
+    return Station(station).Local(*this);
 }
 
 double Distance(XYZPosition a, XYZPosition b) {
@@ -58,11 +65,11 @@ double Distance(XYZPosition a, XYZPosition b) {
 }
 
 void MakeRotationNEU(gult::matrixT& r, XYZPosition position) {
-    const BLHPosition origin = position.ToBLH();
-    const double sinB = std::sin(origin.B);
-    const double cosB = std::cos(origin.B);
-    const double sinL = std::sin(origin.L);
-    const double cosL = std::cos(origin.L);
+    const Station station(position);
+    const double sinB = station.sinB;
+    const double cosB = station.cosB;
+    const double sinL = station.sinL;
+    const double cosL = station.cosL;
     const double north[3] = {-sinB * cosL, -sinB * sinL, cosB};
     const double east[3] = {-sinL, cosL, 0.0};
     const double up[3] = {cosB * cosL, cosB * sinL, sinB};

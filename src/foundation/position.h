@@ -51,6 +51,19 @@ class XYZPosition {
     NEUPosition ToNEU(XYZPosition station) const;
 };
 
+// A station with its geodetic coordinates and local axes, worked out once for all that is seen from it.
+class Station {
+  public:
+    XYZPosition position;
+    BLHPosition geodetic;
+    double sinB, cosB, sinL, cosL;
+
+    explicit Station(const XYZPosition& position);
+
+    // A point seen from the station.
+    NEUPosition Local(const XYZPosition& point) const;
+};
+
 // Metres.
 double Distance(XYZPosition a, XYZPosition b);
 

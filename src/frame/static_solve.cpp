@@ -155,10 +155,15 @@ void StaticSolve::SelectSolveMode() {
 
 double StaticSolve::AntennaSdCorrection(double c1, double c2, double lambda1, double lambda2,
                                         double elevR, double elevB) const {
-    const double sR = std::sin(elevR);
-    const double sB = std::sin(elevB);
-    const double d1 = (l1PcoRover[2] + trueHeightRover) * sR - (l1PcoBase[2] + trueHeightBase) * sB;
-    const double d2 = (l2PcoRover[2] + trueHeightRover) * sR - (l2PcoBase[2] + trueHeightBase) * sB;
+    return AntennaTerm(c1, c2, lambda1, lambda2, std::sin(elevR), std::sin(elevB));
+}
+
+double StaticSolve::AntennaTerm(double c1, double c2, double lambda1, double lambda2,
+                                double sinElevR, double sinElevB) const {
+    const double d1 = (l1PcoRover[2] + trueHeightRover) * sinElevR -
+                      (l1PcoBase[2] + trueHeightBase) * sinElevB;
+    const double d2 = (l2PcoRover[2] + trueHeightRover) * sinElevR -
+                      (l2PcoBase[2] + trueHeightBase) * sinElevB;
     return (c1 / lambda1 * d1 + c2 / lambda2 * d2) * lambda1 * lambda2 /
            (lambda2 * c1 + lambda1 * c2 + 1e-12);
 }

@@ -14,6 +14,7 @@
 #include "estimation/period_equations.h"
 #include "foundation/position.h"
 #include "frame/solve_config.h"
+#include "observation/model_cache.h"
 #include "observation/observation_records.h"
 #include "preparation/sat_track.h"
 #include "preparation/static_period.h"
@@ -63,6 +64,7 @@ class StaticSolve {
     unsigned char periodFlag = 0;
     int status = run_status::kConstructed;
     PeriodEquations equationBlock;  // of the last float solution
+    ModelCache modelCache;          // of the epochs above
 
     // Copies all but the lists, which must outlive the solver.
     StaticSolve(int hasGlonass, int reservedProcessFlag, const SolveConfig& config,
@@ -118,6 +120,9 @@ class StaticSolve {
     // elevR, elevB: elevations at rover and base, radians.
     double AntennaSdCorrection(double c1, double c2, double lambda1, double lambda2, double elevR,
                                double elevB) const;
+    // The same from the sines of the elevations.
+    double AntennaTerm(double c1, double c2, double lambda1, double lambda2, double sinElevR,
+                       double sinElevB) const;
 
     // The first period that holds the epoch, nullptr when there is none.
     const StaticPeriod* PeriodOf(int epochIndex) const;

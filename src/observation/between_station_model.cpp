@@ -1,9 +1,7 @@
 // The computed rover-minus-base value of one satellite, with its line of sight.
-#include <cmath>
+#include "observation/between_station_model.h"
 
-#include "observation/ionosphere.h"
-#include "observation/observation_records.h"
-#include "observation/troposphere.h"
+#include <cmath>
 
 namespace vornel {
 
@@ -11,55 +9,82 @@ namespace {
 
 constexpr double kElevationAtZenith = 3.141592653589793;
 
-// What both forms share. troposphereDifference(s), called once azelA[s] is fresh, gives the rover's minus the
-// base's slant delay in metres.
-template <typename TroposphereDifference>
-void Evaluate(SDObsData& record, double ionoFactor, int satNumber, const XYZPosition& rover,
-              const XYZPosition& base, double unit[3], double& value,
-              TroposphereDifference troposphereDifference) {
+}  // namespace
+
+ModelStation::ModelStation(int tropoModel, const XYZPosition& position)
+    : station_(position),
+      configured_(TroposphereAt(tropoModel, station_.geodetic)),
+      mops_(station_.geodetic),
+      ionosphere_(station_.geodetic) {}
+
+StationDelays ModelStation::Delays(ModelForm form, const Epoch& time, const double azel[2]) {
+    StationDelays delays;
+    delays.sinElevation = std::sin(azel[1]);
+    double variance = 0.0;
+    delays.troposphere = form == ModelForm::kConfigured ? configured_.Delay(azel[1])
+                                                        : mops_.Delay(time, azel[1], variance);
+    delays.ionosphere = ionosphere_.Delay(time.SecondsOfWeek(), azel[1], azel[0]);
+    return delays;
+}
+
+ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
+                               ModelStation& rover, const XYZPosition& basePosition,
+                               const StationDelays& base) {
     const int s = satNumber - 1;
+    const XYZPosition& roverPosition = rover.position();
     const XYZPosition satelliteA(record.satPosA[s]);
     const XYZPosition satelliteB(record.satPosB[s]);
-    const double a = Distance(rover, satelliteA) - kSpeedOfLight * record.satClockA[s];
-    const double b = Distance(base, satelliteB) - kSpeedOfLight * record.satClockB[s];
+    const double a = Distance(roverPosition, satelliteA) - kSpeedOfLight * record.satClockA[s];
+    const double b = Distance(basePosition, satelliteB) - kSpeedOfLight * record.satClockB[s];
     record.sdRange[s] = a - b;
 
-    const NEUPosition local = satelliteA.ToNEU(rover);
+    const NEUPosition local = rover.Local(satelliteA);
     double* const azelA = record.azelA[s];
-    const double* const azelB = record.azelB[s];
     azelA[0] = Azimuth(local.N, local.E);
     azelA[1] = Elevation(local, kElevationAtZenith);
 
-    record.sdTrop[s] = troposphereDifference(s);
-
-    const double secondsOfWeek = record.epoch.SecondsOfWeek();
-    record.sdIono[s] = IonoDelay(rover, secondsOfWeek, azelA[1], azelA[0]) -
-                       IonoDelay(base, secondsOfWeek, azelB[1], azelB[0]);
+    const StationDelays delays = rover.Delays(form, record.epoch, azelA);
+    record.sdTrop[s] = delays.troposphere - base.troposphere;
+    record.sdIono[s] = delays.ionosphere - base.ionosphere;
 
     // By a, clock included, not by the distance: the length differs from 1 by the clock's share.
-    unit[0] = (rover.X - satelliteA.X) / a;
-    unit[1] = (rover.Y - satelliteA.Y) / a;
-    unit[2] = (rover.Z - satelliteA.Z) / a;
-    value = record.sdTrop[s] + record.sdRange[s] - record.sdIono[s] * ionoFactor;
+    return {{(roverPosition.X - satelliteA.X) / a, (roverPosition.Y - satelliteA.Y) / a,
+             (roverPosition.Z - satelliteA.Z) / a},
+            delays.sinElevation, base.sinElevation};
+}
+
+double ModelValue(const SDObsData& record, int satNumber, double ionoFactor) {
+    const int s = satNumber - 1;
+    return record.sdTrop[s] + record.sdRange[s] - record.sdIono[s] * ionoFactor;
+}
+
+namespace {
+
+void EvaluateOnce(ModelForm form, SDObsData& record, double ionoFactor, int satNumber,
+                  const XYZPosition& rover, const XYZPosition& base, double unit[3],
+                  double& value) {
+    ModelStation roverStation(record.tropoModel, rover);
+    ModelStation baseStation(record.tropoModel, base);
+    const StationDelays baseDelays =
+        baseStation.Delays(form, record.epoch, record.azelB[satNumber - 1]);
+    const ModelledSatellite modelled =
+        RefreshModel(form, record, satNumber, roverStation, base, baseDelays);
+    for (int k = 0; k < 3; ++k) {
+        unit[k] = modelled.unit[k];
+    }
+    value = ModelValue(record, satNumber, ionoFactor);
 }
 
 }  // namespace
 
 void SDObsData::Model(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
                       double unit[3], double& value) {
-    Evaluate(*this, ionoFactor, satNumber, rover, base, unit, value, [&](int s) {
-        return TropoDelay(tropoModel, rover, azelA[s][1]) -
-               TropoDelay(tropoModel, base, azelB[s][1]);
-    });
+    EvaluateOnce(ModelForm::kConfigured, *this, ionoFactor, satNumber, rover, base, unit, value);
 }
 
 void SDObsData::ModelFixed(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
                            double unit[3], double& value) {
-    Evaluate(*this, ionoFactor, satNumber, rover, base, unit, value, [&](int s) {
-        double variance = 0.0;
-        return MopsTroposphere(epoch, rover.ToBLH(), azelA[s], variance) -
-               MopsTroposphere(epoch, base.ToBLH(), azelB[s], variance);
-    });
+    EvaluateOnce(ModelForm::kMops, *this, ionoFactor, satNumber, rover, base, unit, value);
 }
 
 }  // namespace vornel

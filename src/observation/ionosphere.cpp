@@ -23,22 +23,6 @@ double ShellContent(double localTime) {
     return 1e+17;
 }
 
-double ShellDelay(const BLHPosition& station, double secondsOfWeek, double elevation) {
-    constexpr double kEarthRadius = 6377397.2;              // m
-    constexpr double kShellRadius = 6727397.2;              // m, 350 km above
-    constexpr double kDelayFactor = 1.623724475119947e-17;  // 40.3 / (GPS L1)^2, m per electron/m^2
-    const double zenithAngle = kHalfPi - elevation;
-    const double s = std::sin(zenithAngle) * (station.H + kEarthRadius) / kShellRadius;
-    const double shellZenithAngle = std::atan(s / std::sqrt(1.0 - s * s));
-    double localTime = station.L * 12.0 / kPi + std::fmod(secondsOfWeek, kDay) / 3600.0;
-    if (localTime < 0.0) {
-        localTime += 24.0;
-    } else if (localTime > 24.0) {
-        localTime -= 24.0;
-    }
-    return kDelayFactor / std::cos(shellZenithAngle) * ShellContent(localTime);
-}
-
 // c0 + c1 x + c2 x^2 + c3 x^3, summed from the constant term on.
 double Cubic(const double coefficients[4], double x) {
     double sum = 0.0;
@@ -50,20 +34,59 @@ double Cubic(const double coefficients[4], double x) {
     return sum;
 }
 
+}  // namespace
+
+IonosphereParameters& CurrentIonosphere() {
+    static IonosphereParameters parameters;
+    return parameters;
+}
+
+StationIonosphere::StationIonosphere(const BLHPosition& geodetic)
+    : geodetic_(geodetic),
+      scaledLatitude_(geodetic.B / kTwoPi),
+      scaledLongitude_(geodetic.L / kTwoPi) {}
+
+double StationIonosphere::Delay(double secondsOfWeek, double elevation, double azimuth) const {
+    if (geodetic_.H > 100000.0) {
+        return 0.0;
+    }
+    const IonosphereParameters& parameters = CurrentIonosphere();
+    return parameters.ionoValid != 0
+               ? BroadcastDelay(parameters, secondsOfWeek, elevation, azimuth)
+               : ShellDelay(secondsOfWeek, elevation);
+}
+
+double StationIonosphere::ShellDelay(double secondsOfWeek, double elevation) const {
+    constexpr double kEarthRadius = 6377397.2;              // m
+    constexpr double kShellRadius = 6727397.2;              // m, 350 km above
+    constexpr double kDelayFactor = 1.623724475119947e-17;  // 40.3 / (GPS L1)^2, m per electron/m^2
+    const double zenithAngle = kHalfPi - elevation;
+    const double s = std::sin(zenithAngle) * (geodetic_.H + kEarthRadius) / kShellRadius;
+    const double shellZenithAngle = std::atan(s / std::sqrt(1.0 - s * s));
+    double localTime = geodetic_.L * 12.0 / kPi + std::fmod(secondsOfWeek, kDay) / 3600.0;
+    if (localTime < 0.0) {
+        localTime += 24.0;
+    } else if (localTime > 24.0) {
+        localTime -= 24.0;
+    }
+    return kDelayFactor / std::cos(shellZenithAngle) * ShellContent(localTime);
+}
+
 // The steps of IS-GPS-200, 20.3.3.5.2.5, with two departures that this system keeps: angles are divided by 2 pi where
 // that text divides by pi, and the time of day is formed from the seconds of the week by one subtraction of
 // a day at most, so that the daily maximum shows on the first day of the week alone.
-double BroadcastDelay(const IonosphereParameters& parameters, const BLHPosition& station,
-                      double secondsOfWeek, double elevation, double azimuth) {
+double StationIonosphere::BroadcastDelay(const IonosphereParameters& parameters,
+                                         double secondsOfWeek, double elevation,
+                                         double azimuth) const {
     const double scaledElevation = elevation / kTwoPi;
     const double psi = 0.0137 / (scaledElevation + 0.11) - 0.022;
-    double phiI = station.B / kTwoPi + psi * std::cos(azimuth);
+    double phiI = scaledLatitude_ + psi * std::cos(azimuth);
     if (phiI > 0.416) {
         phiI = 0.416;
     } else if (phiI < -0.416) {
         phiI = -0.416;
     }
-    const double lamI = station.L / kTwoPi + psi * std::sin(azimuth) / std::cos(kTwoPi * phiI);
+    const double lamI = scaledLongitude_ + psi * std::sin(azimuth) / std::cos(kTwoPi * phiI);
     const double phiM = phiI + 0.064 * std::cos(kTwoPi * (lamI - 1.617));
     double amplitude = Cubic(parameters.alpha, phiM);
     if (amplitude < 0.0) {
@@ -89,22 +112,8 @@ double BroadcastDelay(const IonosphereParameters& parameters, const BLHPosition&
     return obliquity * 5e-09 * kSpeedOfLight;
 }
 
-}  // namespace
-
-IonosphereParameters& CurrentIonosphere() {
-    static IonosphereParameters parameters;
-    return parameters;
-}
-
 double IonoDelay(XYZPosition station, double secondsOfWeek, double elevation, double azimuth) {
-    const BLHPosition position = station.ToBLH();
-    if (position.H > 100000.0) {
-        return 0.0;
-    }
-    const IonosphereParameters& parameters = CurrentIonosphere();
-    return parameters.ionoValid != 0
-               ? BroadcastDelay(parameters, position, secondsOfWeek, elevation, azimuth)
-               : ShellDelay(position, secondsOfWeek, elevation);
+    return StationIonosphere(station.ToBLH()).Delay(secondsOfWeek, elevation, azimuth);
 }
 
 }  // namespace vornel

@@ -12,6 +12,10 @@ namespace {
 constexpr double kPi = std::numbers::pi;
 constexpr double kHalfPi = 1.5707963267948966;
 
+constexpr int kHopfieldModel = 0;
+constexpr int kSaastamoinenModel = 1;
+constexpr int kNoModel = -1;
+
 SurfaceWeather surfaceWeather;
 
 double InsideOr(double value, double low, double high, double otherwise) {
@@ -138,70 +142,94 @@ void SetSurfaceWeather(double temperature, double pressure, double humidity) {
     surfaceWeather.humidity = InsideOr(humidity, 0.0, 100.0, 50.0);
 }
 
-double TropoDelay(int model, XYZPosition station, double elevation) {
-    const BLHPosition position = station.ToBLH();
-    if (std::fabs(position.H) > 10000.0) {
-        return 0.0;
+StationTroposphere::StationTroposphere(int model, const BLHPosition& geodetic) : model_(model) {
+    const double height = geodetic.H;
+    if (model_ == kHopfieldModel) {
+        const double temperature = surfaceWeather.temperature - 0.0065 * height + 273.15;
+        const double pressure = surfaceWeather.pressure * std::pow(1.0 - 2.26e-05 * height, 5.225);
+        const double saturation =
+            std::exp(0.213166 * temperature - 37.2465 - 0.000256908 * (temperature * temperature));
+        const double vapour =
+            std::exp(-0.0006396 * height) * surfaceWeather.humidity / 100.0 * saturation;
+        dry_ = {7.76e-05 * pressure / temperature, (temperature - 273.16) * 0.14872 + 40.136};
+        wet_ = {0.373 * vapour / temperature / temperature, 11.0};
+        radius_ = height / 1000.0 + 6378.0;
+    } else if (model_ == kSaastamoinenModel) {
+        const double temperature = surfaceWeather.temperature - 0.0065 * height + 273.16;
+        const double pressure =
+            surfaceWeather.pressure * std::pow(1.0 - 2.2557e-05 * height, 5.2568);
+        const double vapour = surfaceWeather.humidity * 6.108 / 100.0 *
+                              std::exp((17.15 * temperature - 4684.0) / (temperature - 38.45));
+        dryFactor_ = 0.002277 * pressure /
+                     (1.0 - 0.00266 * std::cos(2.0 * geodetic.B) - 0.00028 * height / 1000.0);
+        wetFactor_ = vapour * (1255.0 / temperature + 0.05) * 0.002277;
     }
-    switch (model) {
-        case 0:
-            return ModifiedHopfield(position.H, elevation);
-        case 1:
-            return Saastamoinen(position.B, position.H, elevation);
+}
+
+double StationTroposphere::Delay(double elevation) const {
+    switch (model_) {
+        case kHopfieldModel:
+            return HopfieldDelay(elevation);
+        case kSaastamoinenModel:
+            return SaastamoinenDelay(elevation);
         default:
             return 0.0;
     }
 }
 
-double ModifiedHopfield(double height, double elevation) {
+double StationTroposphere::HopfieldDelay(double elevation) const {
     if (elevation < 0.0) {
         return 0.0;
     }
-    const double temperature = surfaceWeather.temperature - 0.0065 * height + 273.15;
-    const double pressure = surfaceWeather.pressure * std::pow(1.0 - 2.26e-05 * height, 5.225);
-    const double dryRefractivity = 7.76e-05 * pressure / temperature;
-    const double saturation =
-        std::exp(0.213166 * temperature - 37.2465 - 0.000256908 * (temperature * temperature));
-    const double vapour =
-        std::exp(-0.0006396 * height) * surfaceWeather.humidity / 100.0 * saturation;
-    const double wetRefractivity = 0.373 * vapour / temperature / temperature;
-    const double dryTop = (temperature - 273.16) * 0.14872 + 40.136;
-    const double wetTop = 11.0;
-    const double radius = height / 1000.0 + 6378.0;
     double sum = 0.0;
-    sum += LayerDelay(dryRefractivity, dryTop, radius, elevation);
-    sum += LayerDelay(wetRefractivity, wetTop, radius, elevation);
+    sum += LayerDelay(dry_.refractivity, dry_.top, radius_, elevation);
+    sum += LayerDelay(wet_.refractivity, wet_.top, radius_, elevation);
     return sum;
 }
 
-double Saastamoinen(double latitude, double height, double elevation) {
+double StationTroposphere::SaastamoinenDelay(double elevation) const {
     if (elevation < 0.0) {
         return 0.0;
     }
-    const double temperature = surfaceWeather.temperature - 0.0065 * height + 273.16;
     const double cosZenith = std::cos(kHalfPi - elevation);
-    const double pressure = surfaceWeather.pressure * std::pow(1.0 - 2.2557e-05 * height, 5.2568);
-    const double dry = 0.002277 * pressure /
-                       (1.0 - 0.00266 * std::cos(2.0 * latitude) - 0.00028 * height / 1000.0) /
-                       cosZenith;
-    const double vapour = surfaceWeather.humidity * 6.108 / 100.0 *
-                          std::exp((17.15 * temperature - 4684.0) / (temperature - 38.45));
-    const double wet = vapour * (1255.0 / temperature + 0.05) * 0.002277 / cosZenith;
-    return dry + wet;
+    return dryFactor_ / cosZenith + wetFactor_ / cosZenith;
 }
 
-double MopsTroposphere(Epoch time, BLHPosition position, const double azel[2], double& variance) {
-    const double elevation = azel[1];
-    if (position.H < -100.0 || position.H > 10000.0 || elevation <= 0.0) {
+double StationMopsTroposphere::Delay(const Epoch& time, double elevation, double& variance) {
+    if (geodetic_.H < -100.0 || geodetic_.H > 10000.0 || elevation <= 0.0) {
         variance = 0.0;
         return 0.0;
     }
-    const MopsValues values = ValuesAt(position.B, time.DayOfYear());
-    const double zenith = MopsZenithDelay(values, position.H);
+    if (!hasZenith_ || zenithDay_ != time.day) {
+        zenith_ = MopsZenithDelay(ValuesAt(geodetic_.B, time.DayOfYear()), geodetic_.H);
+        zenithDay_ = time.day;
+        hasZenith_ = true;
+    }
     const double sinE = std::sin(elevation);
     const double mapping = 1.001 / std::sqrt(sinE * sinE + 0.002001);
     variance = 0.0144 * (mapping * mapping);
-    return mapping * zenith;
+    return mapping * zenith_;
+}
+
+StationTroposphere TroposphereAt(int model, const BLHPosition& geodetic) {
+    return StationTroposphere(std::fabs(geodetic.H) > 10000.0 ? kNoModel : model, geodetic);
+}
+
+double TropoDelay(int model, XYZPosition station, double elevation) {
+    return TroposphereAt(model, station.ToBLH()).Delay(elevation);
+}
+
+double ModifiedHopfield(double height, double elevation) {
+    return StationTroposphere(kHopfieldModel, BLHPosition(0.0, 0.0, height)).Delay(elevation);
+}
+
+double Saastamoinen(double latitude, double height, double elevation) {
+    return StationTroposphere(kSaastamoinenModel, BLHPosition(latitude, 0.0, height))
+        .Delay(elevation);
+}
+
+double MopsTroposphere(Epoch time, BLHPosition position, const double azel[2], double& variance) {
+    return StationMopsTroposphere(position).Delay(time, azel[1], variance);
 }
 
 }  // namespace vornel

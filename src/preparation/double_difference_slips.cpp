@@ -148,11 +148,11 @@ class DoubleDifferenceSlipRepair {
 
     // Phase minus computed value in cycles, at the current rover position.
     double CyclesOf(int sat, int f) {
-        SDObsData& epoch = EpochAt(e_);
+        const SDObsData& epoch = EpochAt(e_);
         const Carriers carriers = model_.CarriersOf(epoch, sat);
         const PhaseCombination signal = SingleFrequency(carriers, f + 1);
         const ComputedDifference computed =
-            model_.Compute(epoch, sat, carriers, signal, solver_.roverPosition);
+            model_.Compute(e_, sat, carriers, signal, solver_.roverPosition);
         return epoch.phase[sat - 1][f] - computed.WithAntenna() / signal.wavelength;
     }
 

@@ -95,11 +95,11 @@ class GlonassSlipRepair {
 
     // Single-difference residual at the current rover position, metres; clock and ambiguity stay in it.
     double ResidualOf(int index, int sat, int f) {
-        SDObsData& epoch = EpochAt(index);
+        const SDObsData& epoch = EpochAt(index);
         const Carriers carriers = model_.CarriersOf(epoch, sat);
         const PhaseCombination signal = SingleFrequency(carriers, f + 1);
         const ComputedDifference computed =
-            model_.Compute(epoch, sat, carriers, signal, solver_.roverPosition);
+            model_.Compute(index, sat, carriers, signal, solver_.roverPosition);
         return epoch.phase[sat - 1][f] * signal.wavelength - computed.model + computed.antenna;
     }
 

@@ -24,12 +24,13 @@ struct Observed {
     double unit[3] = {};
 };
 
-Observed Observe(const SingleDifferenceModel& model, SDObsData& epoch, int sat,
+Observed Observe(const StaticSolve& solver, const SingleDifferenceModel& model, int e, int sat,
                  const XYZPosition& rover) {
+    const SDObsData& epoch = solver.epochs[static_cast<std::size_t>(e)];
     const Carriers carriers = model.CarriersOf(epoch, sat);
     PhaseCombination signal = SingleFrequency(carriers, 1);
     signal.ionoFactor = 0.0;
-    const ComputedDifference computed = model.Compute(epoch, sat, carriers, signal, rover);
+    const ComputedDifference computed = model.Compute(e, sat, carriers, signal, rover);
     Observed observed;
     observed.residual = epoch.sdObserved[sat - 1] - computed.WithAntenna();
     for (int k = 0; k < 3; ++k) {
@@ -42,20 +43,21 @@ bool IsFirstThreeReference(const StaticPeriod& period, int sat) {
     return sat == period.refSatGps || sat == period.refSatGlo || sat == period.refSatBds;
 }
 
-void AccumulateEpoch(const StaticSolve& solver, const SingleDifferenceModel& model,
-                     SDObsData& epoch, const StaticPeriod& period, const XYZPosition& rover,
+void AccumulateEpoch(const StaticSolve& solver, const SingleDifferenceModel& model, int e,
+                     const StaticPeriod& period, const XYZPosition& rover,
                      double sigma, CoordinateEquations& equations) {
+    const SDObsData& epoch = solver.epochs[static_cast<std::size_t>(e)];
     for (const int system : {kGps, kGlonass, kBds}) {
         const int referenceSat = period.ReferenceOf(system);
         if (referenceSat == -1 || !epoch.IsActive(referenceSat)) {
             continue;
         }
-        const Observed reference = Observe(model, epoch, referenceSat, rover);
+        const Observed reference = Observe(solver, model, e, referenceSat, rover);
         for (const int sat : epoch.activeSats) {
             if (SplitSatNumber(sat) != system || IsFirstThreeReference(period, sat)) {
                 continue;
             }
-            const Observed observed = Observe(model, epoch, sat, rover);
+            const Observed observed = Observe(solver, model, e, sat, rover);
             const double v = observed.residual - reference.residual;
             const double w = IggWeight(v / sigma, 3.0, solver.config.outlierFactor);
             if (w == 0.0) {
@@ -85,8 +87,7 @@ int StaticSolve::SolvePreliminaryBaseline() {
             const StaticPeriod* period = PeriodOf(e);
             if (period != nullptr &&
                 (period->refSatGps != -1 || period->refSatGlo != -1 || period->refSatBds != -1)) {
-                AccumulateEpoch(*this, model, epochs[static_cast<std::size_t>(e)], *period, x,
-                                sigma, equations);
+                AccumulateEpoch(*this, model, e, *period, x, sigma, equations);
             }
         }
         try {

@@ -18,16 +18,22 @@ Carriers SingleDifferenceModel::CarriersOf(const SDObsData& epoch, int sat) cons
     return carrierTable_.Of(system, channel);
 }
 
-ComputedDifference SingleDifferenceModel::Compute(SDObsData& epoch, int sat,
+ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat,
                                                   const Carriers& carriers,
                                                   const PhaseCombination& combination,
                                                   const XYZPosition& rover) const {
+    SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
+    const ModelledSatellite modelled =
+        solver_.modelCache.Refreshed(form_, epoch, epochIndex, sat, rover, solver_.basePosition);
     ComputedDifference computed;
-    (epoch.*evaluation_)(combination.ionoFactor, sat, rover, solver_.basePosition, computed.unit,
-                         computed.model);
-    computed.antenna = solver_.AntennaSdCorrection(
-        combination.a, combination.b, carriers.antennaWavelength1, carriers.antennaWavelength2,
-        epoch.azelA[sat - 1][1], epoch.azelB[sat - 1][1]);
+    computed.model = ModelValue(epoch, sat, combination.ionoFactor);
+    for (int k = 0; k < 3; ++k) {
+        computed.unit[k] = modelled.unit[k];
+    }
+    computed.antenna = solver_.AntennaTerm(combination.a, combination.b,
+                                           carriers.antennaWavelength1,
+                                           carriers.antennaWavelength2, modelled.sinElevationRover,
+                                           modelled.sinElevationBase);
     return computed;
 }
 

@@ -7,10 +7,6 @@
 
 namespace vornel {
 
-// SDObsData::Model or SDObsData::ModelFixed.
-using ModelEvaluation = void (SDObsData::*)(double, int, XYZPosition, XYZPosition, double[3],
-                                            double&);
-
 // One phase combination of a satellite: a, b multiply its two phases in cycles.
 struct PhaseCombination {
     double a, b;
@@ -31,11 +27,10 @@ struct ComputedDifference {
 
 class SingleDifferenceModel {
   public:
-    // Refers to the solver: its base, antennas and configuration.
-    explicit SingleDifferenceModel(const StaticSolve& solver,
-                                   ModelEvaluation evaluation = &SDObsData::Model)
+    // Refers to the solver: its base, antennas and configuration, and what it has modelled so far.
+    explicit SingleDifferenceModel(StaticSolve& solver, ModelForm form = ModelForm::kConfigured)
         : solver_(solver),
-          evaluation_(evaluation),
+          form_(form),
           carrierTable_(solver.config.galFreq1, solver.config.galFreq2) {}
 
     const CarrierTable& carrierTable() const { return carrierTable_; }
@@ -43,13 +38,14 @@ class SingleDifferenceModel {
     // Of a satellite at an epoch, GLONASS by the channel in the record.
     Carriers CarriersOf(const SDObsData& epoch, int sat) const;
 
-    // The computed value for a rover position. Refreshes the epoch's modelled arrays.
-    ComputedDifference Compute(SDObsData& epoch, int sat, const Carriers& carriers,
-                               const PhaseCombination& combination, const XYZPosition& rover) const;
+    // The computed value at an epoch of the run for a rover position. Refreshes the epoch's modelled arrays.
+    ComputedDifference Compute(int epochIndex, int sat, const Carriers& carriers,
+                               const PhaseCombination& combination,
+                               const XYZPosition& rover) const;
 
   private:
-    const StaticSolve& solver_;
-    ModelEvaluation evaluation_;
+    StaticSolve& solver_;
+    ModelForm form_;
     CarrierTable carrierTable_;
 };
 

@@ -116,14 +116,14 @@ class TripleDifference {
 
     // One frequency of one epoch. False when no system has its reference there.
     bool AccumulatePass(int e, const StaticPeriod& period, int frequency) {
-        SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(e)];
+        const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(e)];
         PassReference references[4];
         bool anyUsable = false;
         for (const int system : {kGps, kGlonass, kBds, kGalileo}) {
             const int sat = period.ReferenceOf(system);
             if (sat != -1 && epoch.IsActive(sat)) {
                 PassReference& reference = references[SystemSlot(system)];
-                reference.residual = Residual(epoch, sat, frequency, reference.unit);
+                reference.residual = Residual(e, sat, frequency, reference.unit);
                 reference.usable = true;
                 anyUsable = true;
             }
@@ -135,29 +135,30 @@ class TripleDifference {
             const int system = SplitSatNumber(sat);
             const PassReference& reference = references[SystemSlot(system)];
             if (!period.IsReference(sat) && reference.usable) {
-                AddSatellite(e, epoch, sat, system, frequency, reference);
+                AddSatellite(e, sat, system, frequency, reference);
             }
         }
         return true;
     }
 
     // Observed minus computed single difference, metres.
-    double Residual(SDObsData& epoch, int sat, int frequency, double unit[3]) {
+    double Residual(int e, int sat, int frequency, double unit[3]) {
+        const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(e)];
         const Carriers carriers = model_.CarriersOf(epoch, sat);
         const PhaseCombination signal = SingleFrequency(carriers, frequency);
-        const ComputedDifference computed = model_.Compute(epoch, sat, carriers, signal, x_);
+        const ComputedDifference computed = model_.Compute(e, sat, carriers, signal, x_);
         for (int k = 0; k < 3; ++k) {
             unit[k] = computed.unit[k];
         }
         return epoch.phase[sat - 1][frequency - 1] * signal.wavelength - computed.WithAntenna();
     }
 
-    void AddSatellite(int e, SDObsData& epoch, int sat, int system, int frequency,
+    void AddSatellite(int e, int sat, int system, int frequency,
                       const PassReference& reference) {
         PreviousDifference now;
         now.epochIndex = e;
         double unit[3];
-        now.value = Residual(epoch, sat, frequency, unit) - reference.residual;
+        now.value = Residual(e, sat, frequency, unit) - reference.residual;
         for (int k = 0; k < 3; ++k) {
             now.design[k] = unit[k] - reference.unit[k];
         }
