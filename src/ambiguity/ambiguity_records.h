@@ -1,9 +1,11 @@
 // Records of ambiguities: the segments that data preparation finds, and their values in a solution.
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include "foundation/epoch.h"
+#include "foundation/satellite.h"
 
 namespace vornel {
 
@@ -54,6 +56,35 @@ bool SameTrack(const AmbRstInfo& left, const AmbRstInfo& right);
 // Order of all lists: first epoch, last epoch, satellite.
 void SortAmbiguities(std::vector<AmbiguityPara>& list);
 void SortAmbiguities(std::vector<AmbRstInfo>& list);  // stable
+
+// A list's records by satellite, for many lookups in a list that does not change meanwhile.
+class AmbiguityIndex {
+  public:
+    template <class Record>
+    explicit AmbiguityIndex(const std::vector<Record>& list) {
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (list[i].sat >= 1 && list[i].sat <= kSatelliteCount) {
+                bySat_[static_cast<std::size_t>(list[i].sat)].push_back(
+                    {list[i].firstEpoch, list[i].lastEpoch, static_cast<int>(i)});
+            }
+        }
+    }
+    // As FindAmbiguity.
+    int Find(int sat, int epoch) const {
+        for (const Stretch& stretch : bySat_[static_cast<std::size_t>(sat)]) {
+            if (stretch.firstEpoch <= epoch && epoch <= stretch.lastEpoch) {
+                return stretch.position;
+            }
+        }
+        return -1;
+    }
+
+  private:
+    struct Stretch {
+        int firstEpoch, lastEpoch, position;
+    };
+    std::array<std::vector<Stretch>, kSatelliteCount + 1> bySat_;
+};
 
 // Index of the first record of the satellite whose stretch holds the epoch, or -1.
 int FindAmbiguity(const std::vector<AmbRstInfo>& list, int sat, int epoch);

@@ -217,6 +217,7 @@ EpochEquations BuildEpochEquations(StaticSolve& solver, const AmbiguitySet& set)
     EpochEquations equations;
     const std::vector<AmbRstInfo> wideLane =
         set.mode == 6 ? solver.resultManage.FindFixed(5).ambiguities : std::vector<AmbRstInfo>();
+    const RowFinder rowFinder(solver, set.tracks, set.mode == 6 ? &wideLane : nullptr);
     std::vector<DoubleDifferencer> differencers;
     for (int block = 0; block < BlockCount(set.mode); ++block) {
         differencers.emplace_back(solver, set.mode, block, ModelForm::kConfigured);
@@ -231,8 +232,7 @@ EpochEquations BuildEpochEquations(StaticSolve& solver, const AmbiguitySet& set)
             if (!differencer.TakeUpEpoch(e, *period)) {
                 continue;
             }
-            std::vector<Row> rows =
-                RowsOfEpoch(solver, e, *period, set.tracks, set.mode == 6 ? &wideLane : nullptr);
+            std::vector<Row> rows = rowFinder.RowsOfEpoch(e, *period);
             std::erase_if(rows, [&differencer](const Row& row) {
                 return row.system == kGalileo || !differencer.ReferenceOf(row.system).present;
             });

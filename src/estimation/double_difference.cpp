@@ -4,21 +4,27 @@
 
 namespace vornel {
 
-std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const StaticPeriod& period,
-                             const std::vector<AmbRstInfo>& ambiguities,
-                             const std::vector<AmbRstInfo>* wideLane) {
+RowFinder::RowFinder(const StaticSolve& solver, const std::vector<AmbRstInfo>& ambiguities,
+                     const std::vector<AmbRstInfo>* wideLane)
+    : solver_(solver), ambiguities_(ambiguities), paras_(solver.ambiguityParas) {
+    if (wideLane != nullptr) {
+        wideLane_.emplace(*wideLane);
+    }
+}
+
+std::vector<Row> RowFinder::RowsOfEpoch(int epochIndex, const StaticPeriod& period) const {
     std::vector<Row> rows;
-    for (const int sat : solver.epochs[static_cast<std::size_t>(epochIndex)].activeSats) {
+    const std::vector<int>& sats = solver_.epochs[static_cast<std::size_t>(epochIndex)].activeSats;
+    rows.reserve(sats.size());
+    for (const int sat : sats) {
         if (period.IsReference(sat)) {
             continue;
         }
         const int system = SplitSatNumber(sat);
-        const int ambiguity = FindAmbiguity(ambiguities, sat, epochIndex);
-        const int wide = wideLane == nullptr ? -1 : FindAmbiguity(*wideLane, sat, epochIndex);
-        const int para =
-            system == kGlonass ? FindAmbiguity(solver.ambiguityParas, sat, epochIndex) : -1;
-        if (ambiguity == -1 || (wideLane != nullptr && wide == -1) ||
-            (system == kGlonass && para == -1)) {
+        const int ambiguity = ambiguities_.Find(sat, epochIndex);
+        const int wide = wideLane_ ? wideLane_->Find(sat, epochIndex) : -1;
+        const int para = system == kGlonass ? paras_.Find(sat, epochIndex) : -1;
+        if (ambiguity == -1 || (wideLane_ && wide == -1) || (system == kGlonass && para == -1)) {
             continue;
         }
         rows.push_back({sat, system, ambiguity, wide, para});
@@ -28,9 +34,12 @@ std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const St
     return rows;
 }
 
-DoubleDifferencer::DoubleDifferencer(StaticSolve& solver, int mode, int block,
-                                     ModelForm form)
-    : solver_(solver), mode_(mode), block_(block), model_(solver, form) {}
+DoubleDifferencer::DoubleDifferencer(StaticSolve& solver, int mode, int block, ModelForm form)
+    : solver_(solver),
+      mode_(mode),
+      block_(block),
+      model_(solver, form),
+      constants_(kSatelliteCount + 1) {}
 
 bool DoubleDifferencer::TakeUpEpoch(int epochIndex, const StaticPeriod& period) {
     epochIndex_ = epochIndex;
@@ -78,13 +87,25 @@ DoubleDifference DoubleDifferencer::Form(const Row& row) {
     return difference;
 }
 
+const DoubleDifferencer::SatelliteConstants& DoubleDifferencer::ConstantsOf(const SDObsData& epoch,
+                                                                            int sat, int system) {
+    SatelliteConstants& constants = constants_[static_cast<std::size_t>(sat)];
+    const int channel = model_.ChannelOf(epoch, sat);
+    if (constants.channel != channel) {
+        constants.channel = channel;
+        constants.carriers = model_.carrierTable().Of(system, channel);
+        constants.combination = CombinationOf(mode_, block_, system, constants.carriers);
+    }
+    return constants;
+}
+
 DoubleDifferencer::Observed DoubleDifferencer::Observe(int sat, int system) {
     const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex_)];
-    const Carriers carriers = model_.CarriersOf(epoch, sat);
+    const SatelliteConstants& constants = ConstantsOf(epoch, sat, system);
     Observed observed;
-    observed.combination = CombinationOf(mode_, block_, system, carriers);
-    observed.computed =
-        model_.Compute(epochIndex_, sat, carriers, observed.combination, solver_.roverPosition);
+    observed.combination = constants.combination;
+    observed.computed = model_.Compute(epochIndex_, sat, constants.carriers, observed.combination,
+                                       solver_.roverPosition);
     observed.value =
         observed.combination.wavelength * (observed.combination.a * epoch.phase[sat - 1][0] +
                                            observed.combination.b * epoch.phase[sat - 1][1]) -

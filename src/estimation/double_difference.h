@@ -2,6 +2,7 @@
 // solution, the fixed solution and the integer search start from.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "ambiguity/ambiguity_records.h"
@@ -22,9 +23,19 @@ struct Row {
 // The rows of an epoch, by satellite number: satellites in use, other than the references, for which `ambiguities`
 // holds a track at that epoch; in model 6 the wide-lane list (null otherwise) as well, and for GLONASS the
 // run's segments.
-std::vector<Row> RowsOfEpoch(const StaticSolve& solver, int epochIndex, const StaticPeriod& period,
-                             const std::vector<AmbRstInfo>& ambiguities,
-                             const std::vector<AmbRstInfo>* wideLane);
+class RowFinder {
+  public:
+    // The lists are taken as they are now.
+    RowFinder(const StaticSolve& solver, const std::vector<AmbRstInfo>& ambiguities,
+              const std::vector<AmbRstInfo>* wideLane);
+
+    std::vector<Row> RowsOfEpoch(int epochIndex, const StaticPeriod& period) const;
+
+  private:
+    const StaticSolve& solver_;
+    AmbiguityIndex ambiguities_, paras_;
+    std::optional<AmbiguityIndex> wideLane_;
+};
 
 struct SystemReference {
     bool present = false;
@@ -64,13 +75,22 @@ class DoubleDifferencer {
         double elevation;
     };
     Observed Observe(int sat, int system);
+    // A satellite's carriers and combination, worked out anew when its channel changes.
+    struct SatelliteConstants {
+        int channel = kNoChannel;
+        Carriers carriers{};
+        LaneCombination combination{};
+    };
+    static constexpr int kNoChannel = 1 << 20;
+    const SatelliteConstants& ConstantsOf(const SDObsData& epoch, int sat, int system);
 
     StaticSolve& solver_;
     int mode_;
     int block_;
     SingleDifferenceModel model_;
     int epochIndex_ = -1;
-    SystemReference references_[kGalileo + 1];  // by system code
+    std::vector<SatelliteConstants> constants_;  // by satellite number
+    SystemReference references_[kGalileo + 1];   // by system code
 };
 
 }  // namespace vornel

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "estimation/adjustment.h"
 #include "estimation/double_difference.h"
@@ -52,6 +53,7 @@ class FixedSolution {
                 return 0;
             }
         }
+        rowFinder_.emplace(solver_, fix_.ambiguities, mode_ == 6 ? &wideLane_ : nullptr);
         for (int pass = 0; pass < kMaxPasses; ++pass) {
             if (fix_.ambiguities.empty()) {
                 return 0;
@@ -115,8 +117,7 @@ class FixedSolution {
         if (!differencer.TakeUpEpoch(e, period)) {
             return;
         }
-        const std::vector<Row> rows =
-            RowsOfEpoch(solver_, e, period, fix_.ambiguities, mode_ == 6 ? &wideLane_ : nullptr);
+        const std::vector<Row> rows = rowFinder_->RowsOfEpoch(e, period);
         const int m = static_cast<int>(rows.size());
         BlockEquations equations(Index(m), Index(commonCount_));
         for (int i = 0; i < m; ++i) {
@@ -271,6 +272,7 @@ class FixedSolution {
     double baselineLength_;  // at the start, metres
     std::vector<DoubleDifferencer> differencers_;  // by block
     std::vector<AmbRstInfo> wideLane_;             // held in model 6
+    std::optional<RowFinder> rowFinder_;           // the list of ambiguities stays as it is
     double bias_[2] = {0.0, 0.0};                  // by block
     double scale_ = kStartScale;                   // of residuals, metres
 

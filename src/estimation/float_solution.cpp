@@ -5,9 +5,11 @@
 // tracks -> constraints -> solve -> update of the parameters -> quality, which scales the next pass.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "estimation/adjustment.h"
 #include "estimation/double_difference.h"
+#include "estimation/sparse_equations.h"
 #include "foundation/statistics.h"
 #include "foundation/trace.h"
 #include "frame/static_solve.h"
@@ -72,6 +74,7 @@ class FloatSolution {
             if (ScreenTracks() || DropUnusedBias()) {
                 continue;
             }
+            TakeUpEquations();
             AddConstraints();
             if (SolveAndUpdate(widestPeriod) < kConverged) {
                 TraceWrite(1, "solveModel=%d,step=%d.\n", mode_, pass_);
@@ -143,14 +146,10 @@ class FloatSolution {
         weightedSumSquares_ = 0.0;
         commonCount_ = CommonParameterCount(mode_, solver_.hasGlonass);
         AssignTracksToPeriods();
-        normals_.clear();
-        rhs_.clear();
-        plainRhs_.clear();
+        rowFinder_.emplace(solver_, ambiguities_, mode_ == 6 ? &wideLane_ : nullptr);
+        equationsOfPeriod_.clear();
         for (std::size_t p = 0; p < PeriodCount(); ++p) {
-            const std::uint32_t size = Index(SizeOf(p));
-            normals_.emplace_back(size, size);
-            rhs_.emplace_back(size, 1);
-            plainRhs_.emplace_back(size, 1);
+            equationsOfPeriod_.emplace_back(commonCount_, SizeOf(p));
         }
     }
 
@@ -171,31 +170,19 @@ class FloatSolution {
             return;
         }
         const std::size_t p = static_cast<std::size_t>(&period - solver_.periods.data());
-        const std::vector<Row> rows =
-            RowsOfEpoch(solver_, e, period, ambiguities_, mode_ == 6 ? &wideLane_ : nullptr);
-        const std::uint32_t m = Index(static_cast<int>(rows.size()));
-        matrixT A(m, Index(SizeOf(p)));
-        matrixT L(m, 1);
-        matrixT P(m, m);
-        for (std::uint32_t i = 0; i < m; ++i) {
-            const Row& row = rows[i];
+        rowsOfBlock_.clear();
+        for (const Row& row : rowFinder_->RowsOfEpoch(e, period)) {
             if (differencer.ReferenceOf(row.system).present &&
                 places_[Slot(row.ambiguity)].period == static_cast<int>(p)) {
-                const DoubleDifference difference = differencer.Form(row);
-                FillRow(e, p, block, row, difference, i, A, L, P);
+                AddRow(e, p, block, row, differencer.Form(row));
             }
         }
-        const matrixT At = A.Transpose();
-        const matrixT AtP = At * P;
-        normals_[p] += AtP * A;
-        rhs_[p] += AtP * L;
-        plainRhs_[p] += At * L;
+        equationsOfPeriod_[p].Add(rowsOfBlock_);
     }
 
-    // Weighs a row and, unless it is rejected, sets it in the design A, the misclosures L and the weights P.
-    void FillRow(int e, std::size_t p, int block, const Row& row,
-                 const DoubleDifference& difference, std::uint32_t i, matrixT& A, matrixT& L,
-                 matrixT& P) {
+    // Weighs a row and, unless it is rejected, adds it to the rows of the block.
+    void AddRow(int e, std::size_t p, int block, const Row& row,
+                const DoubleDifference& difference) {
         BlockOfTrack track = BlockOf(ambiguities_[Slot(row.ambiguity)], block);
         const LaneCombination& combination = difference.combination;
         double v = RemoveAmbiguity(difference, row, track.value);
@@ -212,19 +199,18 @@ class FloatSolution {
             ++track.rejected;
             return;
         }
-        for (std::uint32_t k = 0; k < 3; ++k) {
-            A(i, k) = difference.direction[k];
-        }
+        EquationRow& equation = rowsOfBlock_.emplace_back();
+        std::copy(difference.direction, difference.direction + 3, equation.common);
         if (row.system == kGlonass && solver_.hasGlonass == 1) {
-            A(i, BiasColumn(block)) = difference.biasFactor;
+            equation.common[BiasColumn(block)] = difference.biasFactor;
             ++biasRows_;
         }
-        const int local =
+        equation.ambiguityColumn =
             commonCount_ + places_[Slot(row.ambiguity)].position + block * TracksOf(p);
-        A(i, Index(local)) =
+        equation.ambiguityFactor =
             mode_ == 6 ? combination.wavelength * combination.narrowLane : combination.wavelength;
-        L(i, 0) = v;
-        P(i, i) = weight;
+        equation.misclosure = v;
+        equation.weight = weight;
         sumSquares_ += v * v;
         weightedSumSquares_ += v * weight * v;
         ++rows_;
@@ -288,6 +274,18 @@ class FloatSolution {
             return true;
         }
         return false;
+    }
+
+    // The accumulated equations as matrices.
+    void TakeUpEquations() {
+        normals_.clear();
+        rhs_.clear();
+        plainRhs_.clear();
+        for (const SparseEquations& equations : equationsOfPeriod_) {
+            normals_.push_back(equations.N());
+            rhs_.push_back(equations.W());
+            plainRhs_.push_back(equations.Wu());
+        }
     }
 
     // The common parameters are shared, so the first period's equations stand for all.
@@ -465,8 +463,11 @@ class FloatSolution {
     int pass_ = 0;
     int commonCount_ = 0;
     std::vector<std::vector<int>> tracksOfPeriod_;
-    std::vector<LocalPlace> places_;                 // by position in the list
-    std::vector<matrixT> normals_, rhs_, plainRhs_;  // by period
+    std::vector<LocalPlace> places_;  // by position in the list
+    std::optional<RowFinder> rowFinder_;
+    std::vector<EquationRow> rowsOfBlock_;            // of one block of one epoch
+    std::vector<SparseEquations> equationsOfPeriod_;  // while they are accumulated
+    std::vector<matrixT> normals_, rhs_, plainRhs_;   // by period
     ResidualList residuals_;
     int rows_ = 0;
     int biasRows_ = 0;  // GLONASS rows with a bias coefficient

@@ -193,14 +193,6 @@ bool operator<=(const Epoch& left, const Epoch& right) {
     return left.fraction <= right.fraction;
 }
 
-bool operator==(const Epoch& left, const Epoch& right) {
-    return left.day == right.day && left.second == right.second && left.fraction == right.fraction;
-}
-
-bool operator!=(const Epoch& left, const Epoch& right) {
-    return !(left == right);
-}
-
 double operator-(const Epoch& left, const Epoch& right) {
     Epoch difference;
     difference.day = left.day - right.day;

@@ -39,8 +39,12 @@ class Epoch {
 
 bool operator<(const Epoch& left, const Epoch& right);
 bool operator<=(const Epoch& left, const Epoch& right);
-bool operator==(const Epoch& left, const Epoch& right);
-bool operator!=(const Epoch& left, const Epoch& right);
+inline bool operator==(const Epoch& left, const Epoch& right) {
+    return left.day == right.day && left.second == right.second && left.fraction == right.fraction;
+}
+inline bool operator!=(const Epoch& left, const Epoch& right) {
+    return !(left == right);
+}
 // Seconds from right to left. Formed field by field, so that it keeps its digits however large `day`.
 double operator-(const Epoch& left, const Epoch& right);
 Epoch operator+(const Epoch& epoch, double seconds);

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <new>
 
 namespace gult {
 
@@ -13,32 +15,29 @@ constexpr const char* kIndexMessage = "matrixT::operator(): Index out of range!"
 
 }  // namespace
 
-// A representation of zeros with one reference.
+// A representation of zeros with one reference: header, row pointers and elements in one block.
 matrixT::Representation* matrixT::Allocate(std::uint32_t rowCount, std::uint32_t colCount) {
-    Representation* rep = new Representation{nullptr, rowCount, colCount, 0, colCount, 1};
-    try {
-        rep->rows = new double*[rowCount];
-        for (; rep->allocRows < rowCount; ++rep->allocRows) {
-            rep->rows[rep->allocRows] = new double[colCount]();
-        }
-    } catch (...) {
-        Release(rep);
-        throw;
+    static_assert(sizeof(Representation) % alignof(double) == 0);
+    const std::size_t elements = std::size_t{rowCount} * colCount;
+    const std::size_t head = sizeof(Representation) + rowCount * sizeof(double*);
+    if (elements > (std::numeric_limits<std::size_t>::max() - head) / sizeof(double)) {
+        throw std::bad_alloc();
     }
-    return rep;
+    auto* block = static_cast<std::byte*>(::operator new(head + elements * sizeof(double)));
+    auto* rows = reinterpret_cast<double**>(block + sizeof(Representation));
+    auto* values = reinterpret_cast<double*>(block + head);
+    std::fill_n(values, elements, 0.0);
+    for (std::uint32_t i = 0; i < rowCount; ++i) {
+        rows[i] = values + std::size_t{i} * colCount;
+    }
+    return new (block) Representation{rows, rowCount, colCount, rowCount, colCount, 1};
 }
 
-// Gives one reference back; the last frees every row that was allocated, those beyond the logical shape
-// included.
+// Gives one reference back; the last frees the block, what lies beyond the logical shape included.
 void matrixT::Release(Representation* rep) noexcept {
-    if (--rep->refCount > 0) {
-        return;
+    if (--rep->refCount == 0) {
+        ::operator delete(rep);
     }
-    for (std::uint32_t i = 0; i < rep->allocRows; ++i) {
-        delete[] rep->rows[i];
-    }
-    delete[] rep->rows;
-    delete rep;
 }
 
 matrixT::matrixT() : matrixT(6, 6) {}
@@ -196,6 +195,10 @@ void DivideRow(double* row, std::uint32_t n, double divisor) {
     }
 }
 
+bool IsFinite(const double* row, std::uint32_t n) {
+    return std::all_of(row, row + n, [](double x) { return std::isfinite(x); });
+}
+
 void SubtractMultiple(double* row, const double* other, std::uint32_t n, double factor) {
     for (std::uint32_t j = 0; j < n; ++j) {
         row[j] -= factor * other[j];
@@ -225,11 +228,13 @@ matrixT matrixT::operator!() const {
         std::swap(right[k], right[pivotRow]);
         DivideRow(left[k], n, pivot);
         DivideRow(right[k], n, pivot);
+        const bool finite = IsFinite(left[k], n) && IsFinite(right[k], n);
         for (std::uint32_t i = 0; i < n; ++i) {
-            if (i == k) {
+            const double factor = left[i][k];
+            // Nothing times a finite row leaves the others as they are.
+            if (i == k || (factor == 0.0 && finite)) {
                 continue;
             }
-            const double factor = left[i][k];
             SubtractMultiple(left[i], left[k], n, factor);
             SubtractMultiple(right[i], right[k], n, factor);
         }

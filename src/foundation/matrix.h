@@ -57,8 +57,9 @@ class matrixT {
     void Unshare();
 
   private:
+    // Stands at the head of one block of memory, before the row pointers and the elements.
     struct Representation {
-        double** rows;           // each row a block of its own, so that rows swap by pointer
+        double** rows;           // rows swap by pointer
         std::uint32_t rowCount;  // logical shape ...
         std::uint32_t colCount;
         std::uint32_t allocRows;  // ... and what was allocated: SetIdentity may shrink the former

@@ -1,5 +1,7 @@
 #include "frame/ctrl_solve.h"
 
+#include <utility>
+
 namespace vornel {
 
 namespace {
@@ -33,7 +35,7 @@ void CTRLSolve::AddEpoch(const ReceiverEpoch& rover, const ReceiverEpoch& base) 
     if (HoldsGlonass(difference.satListF1) || HoldsGlonass(difference.satListF2)) {
         hasGlonass = 1;
     }
-    epochs.push_back(difference);
+    epochs.push_back(std::move(difference));
 }
 
 }  // namespace vornel

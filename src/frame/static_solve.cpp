@@ -160,10 +160,10 @@ double StaticSolve::AntennaSdCorrection(double c1, double c2, double lambda1, do
 
 double StaticSolve::AntennaTerm(double c1, double c2, double lambda1, double lambda2,
                                 double sinElevR, double sinElevB) const {
-    const double d1 = (l1PcoRover[2] + trueHeightRover) * sinElevR -
-                      (l1PcoBase[2] + trueHeightBase) * sinElevB;
-    const double d2 = (l2PcoRover[2] + trueHeightRover) * sinElevR -
-                      (l2PcoBase[2] + trueHeightBase) * sinElevB;
+    const double d1 =
+        (l1PcoRover[2] + trueHeightRover) * sinElevR - (l1PcoBase[2] + trueHeightBase) * sinElevB;
+    const double d2 =
+        (l2PcoRover[2] + trueHeightRover) * sinElevR - (l2PcoBase[2] + trueHeightBase) * sinElevB;
     return (c1 / lambda1 * d1 + c2 / lambda2 * d2) * lambda1 * lambda2 /
            (lambda2 * c1 + lambda1 * c2 + 1e-12);
 }

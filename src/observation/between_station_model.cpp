@@ -50,7 +50,8 @@ ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
     // By a, clock included, not by the distance: the length differs from 1 by the clock's share.
     return {{(roverPosition.X - satelliteA.X) / a, (roverPosition.Y - satelliteA.Y) / a,
              (roverPosition.Z - satelliteA.Z) / a},
-            delays.sinElevation, base.sinElevation};
+            delays.sinElevation,
+            base.sinElevation};
 }
 
 double ModelValue(const SDObsData& record, int satNumber, double ionoFactor) {

@@ -20,7 +20,7 @@ struct StationDelays {
 
 // What stands beside the record's own fields when a satellite has been modelled.
 struct ModelledSatellite {
-    double unit[3];            // from the satellite to the rover
+    double unit[3];  // from the satellite to the rover
     double sinElevationRover;
     double sinElevationBase;
 };

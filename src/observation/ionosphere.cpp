@@ -51,9 +51,8 @@ double StationIonosphere::Delay(double secondsOfWeek, double elevation, double a
         return 0.0;
     }
     const IonosphereParameters& parameters = CurrentIonosphere();
-    return parameters.ionoValid != 0
-               ? BroadcastDelay(parameters, secondsOfWeek, elevation, azimuth)
-               : ShellDelay(secondsOfWeek, elevation);
+    return parameters.ionoValid != 0 ? BroadcastDelay(parameters, secondsOfWeek, elevation, azimuth)
+                                     : ShellDelay(secondsOfWeek, elevation);
 }
 
 double StationIonosphere::ShellDelay(double secondsOfWeek, double elevation) const {

@@ -27,7 +27,7 @@ class StationIonosphere {
                           double elevation, double azimuth) const;
 
     BLHPosition geodetic_;
-    double scaledLatitude_;   // radians over 2 pi
+    double scaledLatitude_;  // radians over 2 pi
     double scaledLongitude_;
 };
 

@@ -1,5 +1,5 @@
-// The observations of an epoch: records of fixed size, one slot for each of the 135 satellite numbers. A missing
-// value is 0.0.
+// The observations of an epoch: records with one slot for each of the 135 satellite numbers. A missing value is 0.0.
+// Copies of a record share what neither of them changes.
 //
 // Index [s] is satellite number minus 1, index [f] 0 for the first and 1 for the second signal.
 #pragma once
@@ -10,6 +10,7 @@
 #include "foundation/epoch.h"
 #include "foundation/position.h"
 #include "foundation/satellite.h"
+#include "observation/slot_table.h"
 
 namespace vornel {
 
@@ -21,13 +22,15 @@ class RWObsData {
     std::vector<int> satListF1;                      // usable on the first signal, ascending
     std::vector<int> satListF2;                      // on the second
     std::vector<int> satListDual;                    // on both
-    double code[kSatelliteCount][2] = {};            // metres
-    double phase[kSatelliteCount][2] = {};           // cycles
+    SlotTable<2> code;                               // metres
+    SlotTable<2> phase;                              // cycles
     std::int16_t glonassChannel[kGlonassSlotCount];  // by slot - 1; -1 until set
 
     RWObsData();
     RWObsData(const RWObsData&) = default;
+    RWObsData(RWObsData&&) = default;
     RWObsData& operator=(const RWObsData&) = default;
+    RWObsData& operator=(RWObsData&&) = default;
     virtual ~RWObsData() = default;
 };
 
@@ -44,14 +47,14 @@ class ZDObsData : public RWObsData {
   public:
     int ephemerisSource;  // 0 broadcast, else precise
     int useGps, useGlonass, useBds, useGalileo;
-    int tropoModel;                          // carried along
-    double azel[kSatelliteCount][2] = {};    // azimuth, elevation at this receiver, radians
-    double satPos[kSatelliteCount][3] = {};  // at transmission, in the frame of reception, metres
-    double satVel[kSatelliteCount][3] = {};  // m/s, in the frame of the ephemeris
-    double range[kSatelliteCount] = {};      // metres
-    double corrA[kSatelliteCount] = {};      // zero
-    double corrB[kSatelliteCount] = {};      // zero
-    double satClock[kSatelliteCount] = {};   // seconds
+    int tropoModel;         // carried along
+    SlotTable<2> azel;      // azimuth, elevation at this receiver, radians
+    SlotTable<3> satPos;    // at transmission, in the frame of reception, metres
+    SlotTable<3> satVel;    // m/s, in the frame of the ephemeris
+    SlotTable<1> range;     // metres
+    SlotTable<1> corrA;     // zero
+    SlotTable<1> corrB;     // zero
+    SlotTable<1> satClock;  // seconds
 
     ZDObsData(int ephemerisSource, int useGps, int useGlonass, int useBds, int useGalileo,
               int tropoModel);
@@ -83,19 +86,18 @@ class SDObsData : public RWObsData {
   public:
     int tropoModel;
     std::vector<int>
-        activeSats;  // satellites in use; written by data preparation, then only shrunk
-    double azelA[kSatelliteCount][2] =
-        {};  // azimuth, elevation at the rover; refreshed by the model
-    double azelB[kSatelliteCount][2] = {};    // at the base
-    double satPosA[kSatelliteCount][3] = {};  // satellite as the rover saw it, metres
-    double satPosB[kSatelliteCount][3] = {};  // as the base saw it
-    double satClockA[kSatelliteCount] = {};   // seconds
-    double satClockB[kSatelliteCount] = {};
-    double sdRange[kSatelliteCount] = {};  // modelled differences, metres
-    double sdIono[kSatelliteCount] = {};   // on the first signal of GPS
-    double sdTrop[kSatelliteCount] = {};
-    double sdSpare[kSatelliteCount] = {};     // zero
-    double sdObserved[kSatelliteCount] = {};  // zero; read by the preliminary baseline alone
+        activeSats;          // satellites in use; written by data preparation, then only shrunk
+    SlotTable<2> azelA;      // azimuth, elevation at the rover; refreshed by the model
+    SlotTable<2> azelB;      // at the base
+    SlotTable<3> satPosA;    // satellite as the rover saw it, metres
+    SlotTable<3> satPosB;    // as the base saw it
+    SlotTable<1> satClockA;  // seconds
+    SlotTable<1> satClockB;
+    SlotTable<1> sdRange;  // modelled differences, metres
+    SlotTable<1> sdIono;   // on the first signal of GPS
+    SlotTable<1> sdTrop;
+    SlotTable<1> sdSpare;     // zero
+    SlotTable<1> sdObserved;  // zero; read by the preliminary baseline alone
 
     explicit SDObsData(int tropoModel);
 

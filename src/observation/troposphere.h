@@ -42,9 +42,9 @@ class StationTroposphere {
     double SaastamoinenDelay(double elevation) const;
 
     int model_;
-    double radius_ = 0.0;          // of the station from the earth's centre, km
-    Layer dry_{}, wet_{};          // modified Hopfield
-    double dryFactor_ = 0.0;       // Saastamoinen: delays over the cosine of the zenith angle, m
+    double radius_ = 0.0;     // of the station from the earth's centre, km
+    Layer dry_{}, wet_{};     // modified Hopfield
+    double dryFactor_ = 0.0;  // Saastamoinen: delays over the cosine of the zenith angle, m
     double wetFactor_ = 0.0;
 };
 

@@ -44,8 +44,8 @@ bool IsFirstThreeReference(const StaticPeriod& period, int sat) {
 }
 
 void AccumulateEpoch(const StaticSolve& solver, const SingleDifferenceModel& model, int e,
-                     const StaticPeriod& period, const XYZPosition& rover,
-                     double sigma, CoordinateEquations& equations) {
+                     const StaticPeriod& period, const XYZPosition& rover, double sigma,
+                     CoordinateEquations& equations) {
     const SDObsData& epoch = solver.epochs[static_cast<std::size_t>(e)];
     for (const int system : {kGps, kGlonass, kBds}) {
         const int referenceSat = period.ReferenceOf(system);

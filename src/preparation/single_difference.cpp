@@ -11,15 +11,16 @@ PhaseCombination SingleFrequency(const Carriers& carriers, int frequency) {
     return {0.0, 1.0, carriers.wavelength2, carriers.ionoScale2};
 }
 
-Carriers SingleDifferenceModel::CarriersOf(const SDObsData& epoch, int sat) const {
+int SingleDifferenceModel::ChannelOf(const SDObsData& epoch, int sat) {
     int id = 0;
-    const int system = SplitSatNumber(sat, &id);
-    const int channel = system == kGlonass ? epoch.glonassChannel[id - 1] : 0;
-    return carrierTable_.Of(system, channel);
+    return SplitSatNumber(sat, &id) == kGlonass ? epoch.glonassChannel[id - 1] : 0;
 }
 
-ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat,
-                                                  const Carriers& carriers,
+Carriers SingleDifferenceModel::CarriersOf(const SDObsData& epoch, int sat) const {
+    return carrierTable_.Of(SplitSatNumber(sat), ChannelOf(epoch, sat));
+}
+
+ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat, const Carriers& carriers,
                                                   const PhaseCombination& combination,
                                                   const XYZPosition& rover) const {
     SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
@@ -31,9 +32,8 @@ ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat,
         computed.unit[k] = modelled.unit[k];
     }
     computed.antenna = solver_.AntennaTerm(combination.a, combination.b,
-                                           carriers.antennaWavelength1,
-                                           carriers.antennaWavelength2, modelled.sinElevationRover,
-                                           modelled.sinElevationBase);
+                                           carriers.antennaWavelength1, carriers.antennaWavelength2,
+                                           modelled.sinElevationRover, modelled.sinElevationBase);
     return computed;
 }
 

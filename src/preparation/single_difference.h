@@ -35,13 +35,14 @@ class SingleDifferenceModel {
 
     const CarrierTable& carrierTable() const { return carrierTable_; }
 
-    // Of a satellite at an epoch, GLONASS by the channel in the record.
+    // Frequency channel of a satellite in the record of an epoch; 0 outside GLONASS.
+    static int ChannelOf(const SDObsData& epoch, int sat);
+    // Of a satellite at an epoch, GLONASS by its channel.
     Carriers CarriersOf(const SDObsData& epoch, int sat) const;
 
     // The computed value at an epoch of the run for a rover position. Refreshes the epoch's modelled arrays.
     ComputedDifference Compute(int epochIndex, int sat, const Carriers& carriers,
-                               const PhaseCombination& combination,
-                               const XYZPosition& rover) const;
+                               const PhaseCombination& combination, const XYZPosition& rover) const;
 
   private:
     StaticSolve& solver_;

@@ -153,8 +153,7 @@ class TripleDifference {
         return epoch.phase[sat - 1][frequency - 1] * signal.wavelength - computed.WithAntenna();
     }
 
-    void AddSatellite(int e, int sat, int system, int frequency,
-                      const PassReference& reference) {
+    void AddSatellite(int e, int sat, int system, int frequency, const PassReference& reference) {
         PreviousDifference now;
         now.epochIndex = e;
         double unit[3];

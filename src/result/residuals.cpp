@@ -32,11 +32,16 @@ void ResidualList::Add(int kind, int sat, const Epoch& time, double value) {
     if (points == nullptr) {
         return;
     }
-    const auto sameTime =
-        std::find_if(points->begin(), points->end(),
-                     [&time](const ResidualPoint& point) { return point.time == time; });
-    if (sameTime != points->end()) {
-        points->erase(sameTime);
+    bool& ascends = entry->second.ascends[kind];
+    ascends = ascends && (points->empty() || points->back().time < time);
+    // A time behind all others, the usual case within a pass, needs no search for itself.
+    if (!ascends) {
+        const auto sameTime =
+            std::find_if(points->begin(), points->end(),
+                         [&time](const ResidualPoint& point) { return point.time == time; });
+        if (sameTime != points->end()) {
+            points->erase(sameTime);
+        }
     }
     points->push_back({time, TruncateToInt(value * 1000.0)});
 }

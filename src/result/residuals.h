@@ -17,6 +17,7 @@ class Residual {
   public:
     std::vector<ResidualPoint> firstBlock;   // kind 0
     std::vector<ResidualPoint> secondBlock;  // kind 1: second frequency of model 3
+    bool ascends[2] = {true, true};          // by kind: every time lies behind the one before it
 
     Residual() = default;
     Residual(const Residual&) = default;
