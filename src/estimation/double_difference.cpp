@@ -56,7 +56,7 @@ bool DoubleDifferencer::TakeUpEpoch(int epochIndex, const StaticPeriod& period) 
         reference.present = true;
         reference.combination = observed.combination;
         reference.observed = observed.value;
-        reference.elevation = observed.elevation;
+        reference.sinElevation = observed.sinElevation;
         std::copy(observed.computed.unit, observed.computed.unit + 3, reference.unit);
         any = true;
     }
@@ -68,7 +68,7 @@ DoubleDifference DoubleDifferencer::Form(const Row& row) {
     const Observed observed = Observe(row.sat, row.system);
     DoubleDifference difference;
     difference.combination = observed.combination;
-    difference.elevation = observed.elevation;
+    difference.sinElevation = observed.sinElevation;
     difference.v = observed.value - reference.observed;
     difference.biasFactor = 0.0;
     for (int k = 0; k < 3; ++k) {
@@ -110,7 +110,7 @@ DoubleDifferencer::Observed DoubleDifferencer::Observe(int sat, int system) {
         observed.combination.wavelength * (observed.combination.a * epoch.phase[sat - 1][0] +
                                            observed.combination.b * epoch.phase[sat - 1][1]) -
         observed.computed.WithAntenna();
-    observed.elevation = epoch.azelA[sat - 1][1];
+    observed.sinElevation = observed.computed.sinElevation;
     return observed;
 }
 

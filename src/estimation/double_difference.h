@@ -40,9 +40,9 @@ class RowFinder {
 struct SystemReference {
     bool present = false;
     LaneCombination combination{};
-    double observed = 0.0;   // combined phase minus computed value, metres
-    double unit[3] = {};     // from the satellite to the rover
-    double elevation = 0.0;  // at the rover, radians
+    double observed = 0.0;      // combined phase minus computed value, metres
+    double unit[3] = {};        // from the satellite to the rover
+    double sinElevation = 0.0;  // at the rover
 };
 
 struct DoubleDifference {
@@ -50,7 +50,7 @@ struct DoubleDifference {
     double v;             // observed minus computed, metres, ambiguity still in it
     double direction[3];  // of the row in the rover's coordinates
     double biasFactor;    // of the GLONASS bias; 0 for other systems
-    double elevation;     // at the rover, radians
+    double sinElevation;  // at the rover
 };
 
 class DoubleDifferencer {
@@ -72,7 +72,7 @@ class DoubleDifferencer {
         LaneCombination combination;
         ComputedDifference computed;
         double value;
-        double elevation;
+        double sinElevation;
     };
     Observed Observe(int sat, int system);
     // A satellite's carriers and combination, worked out anew when its channel changes.

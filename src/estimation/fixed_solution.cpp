@@ -9,6 +9,7 @@
 
 #include "estimation/adjustment.h"
 #include "estimation/double_difference.h"
+#include "estimation/sparse_equations.h"
 #include "foundation/statistics.h"
 #include "frame/static_solve.h"
 
@@ -103,13 +104,11 @@ class FixedSolution {
         }
     }
 
-    // The rows of one frequency block of an epoch while they are gathered.
-    struct BlockEquations {
-        matrixT A, L, D;
-        std::vector<double> qr, qs;  // variances of reference and satellite, m^2
-
-        BlockEquations(std::uint32_t m, std::uint32_t nc)
-            : A(m, nc), L(m, 1), D(m, m), qr(m, kUnknownVariance), qs(m, kUnknownVariance) {}
+    // A row of one frequency block of an epoch. A rejected one has weight 0 and no design.
+    struct FixedRow {
+        double design[kMaxCommonParameters] = {};
+        double misclosure = 0.0;  // metres
+        double weight = 0.0;
     };
 
     void AccumulateBlock(int e, const StaticPeriod& period, int block) {
@@ -118,35 +117,36 @@ class FixedSolution {
             return;
         }
         const std::vector<Row> rows = rowFinder_->RowsOfEpoch(e, period);
-        const int m = static_cast<int>(rows.size());
-        BlockEquations equations(Index(m), Index(commonCount_));
-        for (int i = 0; i < m; ++i) {
-            const Row& row = rows[Slot(i)];
+        rowsOfBlock_.assign(rows.size(), FixedRow());
+        qr_.assign(rows.size(), kUnknownVariance);
+        qs_.assign(rows.size(), kUnknownVariance);
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const Row& row = rows[i];
             const SystemReference& reference = differencer.ReferenceOf(row.system);
             if (reference.present) {
-                equations.qr[Slot(i)] =
-                    VarianceOf(row.system, reference.elevation, reference.combination);
-                FillRow(e, block, row, differencer.Form(row), i, equations);
+                qr_[i] = VarianceOf(row.system, reference.sinElevation, reference.combination);
+                FillRow(e, block, row, differencer.Form(row), i);
             }
         }
-        AddBlock(rows, equations);
+        AddBlock(rows);
     }
 
-    double VarianceOf(int system, double elevation, const LaneCombination& combination) const {
-        return PhaseVariance(system, elevation, baselineLength_, combination.a, combination.b);
+    double VarianceOf(int system, double sinElevation, const LaneCombination& combination) const {
+        return PhaseVarianceOfSine(system, sinElevation, baselineLength_, combination.a,
+                                   combination.b);
     }
 
-    void FillRow(int e, int block, const Row& row, const DoubleDifference& difference, int i,
-                 BlockEquations& equations) {
+    void FillRow(int e, int block, const Row& row, const DoubleDifference& difference,
+                 std::size_t i) {
         BlockOfTrack track = BlockOf(fix_.ambiguities[Slot(row.ambiguity)], block);
         const LaneCombination& combination = difference.combination;
         double v = difference.v - AmbiguityPart(combination, row, track.value);
         if (row.system == kGlonass) {
             v -= difference.biasFactor * bias_[block];
         }
-        equations.qs[Slot(i)] = VarianceOf(row.system, difference.elevation, combination);
+        qs_[i] = VarianceOf(row.system, difference.sinElevation, combination);
         if (row.system == kGalileo && !HasGalileoBands()) {
-            equations.qs[Slot(i)] = kUnknownVariance;
+            qs_[i] = kUnknownVariance;
             v = kUnusableRow;
         }
         const double weight =
@@ -156,15 +156,14 @@ class FixedSolution {
             ++track.rejected;
             return;
         }
-        equations.D(Index(i), Index(i)) = weight;
-        for (std::uint32_t k = 0; k < 3; ++k) {
-            equations.A(Index(i), k) = difference.direction[k];
-        }
+        FixedRow& equation = rowsOfBlock_[i];
+        equation.weight = weight;
+        std::copy(difference.direction, difference.direction + 3, equation.design);
         if (row.system == kGlonass && solver_.hasGlonass == 1) {
-            equations.A(Index(i), BiasColumn(block)) = difference.biasFactor;
+            equation.design[BiasColumn(block)] = difference.biasFactor;
             ++biasRows_;
         }
-        equations.L(Index(i), 0) = v;
+        equation.misclosure = v;
         sumSquares_ += v * v;
         ++rows_;
         ++track.rows;
@@ -187,25 +186,80 @@ class FixedSolution {
         return carriers.HasFirstGalileoBand() && carriers.HasSecondGalileoBand();
     }
 
-    // Weighs the block by the covariance of its rows and adds it to the normal equations.
-    void AddBlock(const std::vector<Row>& rows, BlockEquations& block) {
-        const int m = static_cast<int>(rows.size());
-        constexpr int kSystems[] = {kGps, kGlonass, kBds, kGalileo};
-        int counts[4];
-        for (std::size_t s = 0; s < 4; ++s) {
-            counts[s] = static_cast<int>(std::count_if(
-                rows.begin(), rows.end(),
-                [&kSystems, s](const Row& row) { return row.system == kSystems[s]; }));
+    // Weighs the block by the covariance of its rows and adds it to the normal equations. Rows of different systems
+    // are not correlated, so each system's rows are weighed by themselves.
+    void AddBlock(const std::vector<Row>& rows) {
+        misclosures_.clear();
+        for (const FixedRow& row : rowsOfBlock_) {
+            misclosures_.push_back(row.misclosure);
         }
-        const matrixT C = CovOfDoubleDifferences(counts, 4, block.qr, block.qs, m);
-        ApplyWeights(m, MedianWeights(block.qr, block.qs, block.L, m), block.D);
-        const matrixT P = WeightFromCovariance(sigmaDd_, C, block.D);
-        const matrixT At = block.A.Transpose();
-        const matrixT AtP = At * P;
-        weightedSumSquares_ += (block.L.Transpose() * P * block.L)(0, 0);
-        N_ += AtP * block.A;
-        W_ += AtP * block.L;
-        Wu_ += At * block.L;
+        const std::vector<double> medianWeights = MedianWeights(qr_, qs_, misclosures_);
+        BlockSums sums;
+        for (std::size_t first = 0, end = 0; first < rows.size(); first = end) {
+            while (end < rows.size() && rows[end].system == rows[first].system) {
+                ++end;
+            }
+            AddSystem(first, end, medianWeights, sums);
+        }
+        AddSums(sums);
+    }
+
+    // A'PA, A'PL, A'L and L'PL of one block, summed by themselves before they are added.
+    struct BlockSums {
+        double N[kMaxCommonParameters][kMaxCommonParameters] = {};
+        double W[kMaxCommonParameters] = {};
+        double Wu[kMaxCommonParameters] = {};
+        double LPL = 0.0;
+    };
+
+    // The rows of one system, [first, end).
+    void AddSystem(std::size_t first, std::size_t end, const std::vector<double>& medianWeights,
+                   BlockSums& sums) const {
+        const int m = static_cast<int>(end - first);
+        const auto part = [first, end](const std::vector<double>& all) {
+            return std::vector<double>(all.begin() + static_cast<std::ptrdiff_t>(first),
+                                       all.begin() + static_cast<std::ptrdiff_t>(end));
+        };
+        matrixT D(Index(m), Index(m));
+        for (std::size_t i = first; i < end; ++i) {
+            const std::uint32_t diagonal = static_cast<std::uint32_t>(i - first);
+            D(diagonal, diagonal) = rowsOfBlock_[i].weight;
+        }
+        ApplyWeights(m, part(medianWeights), D);
+        const matrixT P = WeightFromCovariance(
+            sigmaDd_, CovOfDoubleDifferences(&m, 1, part(qr_), part(qs_), m), D);
+        for (std::uint32_t j = 0; j < Index(m); ++j) {
+            const FixedRow& row = rowsOfBlock_[first + j];
+            double LP = 0.0;
+            double AtP[kMaxCommonParameters] = {};
+            for (std::uint32_t i = 0; i < Index(m); ++i) {
+                const FixedRow& other = rowsOfBlock_[first + i];
+                const double weight = P.RowValues(i)[j];
+                LP += other.misclosure * weight;
+                for (int k = 0; k < commonCount_; ++k) {
+                    AtP[k] += other.design[k] * weight;
+                }
+            }
+            sums.LPL += LP * row.misclosure;
+            for (int k = 0; k < commonCount_; ++k) {
+                for (int l = 0; l < commonCount_; ++l) {
+                    sums.N[k][l] += AtP[k] * row.design[l];
+                }
+                sums.W[k] += AtP[k] * row.misclosure;
+                sums.Wu[k] += row.design[k] * row.misclosure;
+            }
+        }
+    }
+
+    void AddSums(const BlockSums& sums) {
+        weightedSumSquares_ += sums.LPL;
+        for (std::uint32_t k = 0; k < Index(commonCount_); ++k) {
+            for (std::uint32_t l = 0; l < Index(commonCount_); ++l) {
+                N_(k, l) += sums.N[k][l];
+            }
+            W_(k, 0) += sums.W[k];
+            Wu_(k, 0) += sums.Wu[k];
+        }
     }
 
     void SumsToRms() {
@@ -279,6 +333,9 @@ class FixedSolution {
     // Of this pass:
     int commonCount_ = 0;
     matrixT N_, W_, Wu_;
+    std::vector<FixedRow> rowsOfBlock_;  // of one block of one epoch
+    std::vector<double> qr_, qs_;        // their variances of reference and satellite, m^2
+    std::vector<double> misclosures_;    // metres
     int rows_ = 0;
     int biasRows_ = 0;
     double sumSquares_ = 0.0;
@@ -293,13 +350,17 @@ class FixedSolution {
 
 double PhaseVariance(int system, double elevation, double baselineLength, double coefA,
                      double coefB) {
+    return PhaseVarianceOfSine(system, std::sin(elevation), baselineLength, coefA, coefB);
+}
+
+double PhaseVarianceOfSine(int system, double sine, double baselineLength, double coefA,
+                           double coefB) {
     if (std::fabs(coefA) < 0.001 && std::fabs(coefB) < 0.001) {
         coefA = 1.0;
     }
     const double u = system == kGlonass ? 1.5 : 1.0;
     const double constantPart = 0.001 * u;
     const double elevationPart = 0.002 * u;
-    const double sine = std::sin(elevation);
     const double lengthPart = baselineLength * 5e-5 / 1000;
     return (coefA * coefA + coefB * coefB) *
            (2 * (constantPart * constantPart) + elevationPart * elevationPart / (sine * sine) +
@@ -324,13 +385,23 @@ matrixT CovOfDoubleDifferences(const int* counts, int systemCount, const std::ve
 
 std::vector<double> MedianWeights(const std::vector<double>& qr, const std::vector<double>& qs,
                                   matrixT L, int size) {
-    std::vector<double> weights(Slot(size), 1.0);
+    std::vector<double> misclosures(Slot(size));
+    for (std::size_t i = 0; i < misclosures.size(); ++i) {
+        misclosures[i] = L(static_cast<std::uint32_t>(i), 0);
+    }
+    return MedianWeights(qr, qs, misclosures);
+}
+
+std::vector<double> MedianWeights(const std::vector<double>& qr, const std::vector<double>& qs,
+                                  const std::vector<double>& misclosures) {
+    const std::size_t size = misclosures.size();
+    std::vector<double> weights(size, 1.0);
     if (size < 4) {
         return weights;
     }
-    std::vector<double> u(Slot(size));
-    for (std::size_t i = 0; i < u.size(); ++i) {
-        u[i] = L(Index(static_cast<int>(i)), 0) / std::sqrt(qr[i] + qs[i] + 1e-12);
+    std::vector<double> u(size);
+    for (std::size_t i = 0; i < size; ++i) {
+        u[i] = misclosures[i] / std::sqrt(qr[i] + qs[i] + 1e-12);
     }
     // An exchange sort: unlike the library's, it stays within its bounds whatever the values are.
     std::vector<double> sorted(u.size());

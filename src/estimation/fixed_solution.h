@@ -16,6 +16,10 @@ inline constexpr double kUnknownVariance = 9999.0;
 double PhaseVariance(int system, double elevation, double baselineLength, double coefA,
                      double coefB);
 
+// The same from the sine of the elevation.
+double PhaseVarianceOfSine(int system, double sine, double baselineLength, double coefA,
+                           double coefB);
+
 // Covariance of the double differences of a block. counts: rows of each of systemCount systems, in row order;
 // qr, qs: variances of each row's reference and satellite. Rows of a system share their reference.
 gult::matrixT CovOfDoubleDifferences(const int* counts, int systemCount,
@@ -25,6 +29,9 @@ gult::matrixT CovOfDoubleDifferences(const int* counts, int systemCount,
 // Robust weights of the misclosures L (size by 1, metres) against their median.
 std::vector<double> MedianWeights(const std::vector<double>& qr, const std::vector<double>& qs,
                                   gult::matrixT L, int size);
+
+std::vector<double> MedianWeights(const std::vector<double>& qr, const std::vector<double>& qs,
+                                  const std::vector<double>& misclosures);
 
 // Multiplies the diagonal of D by the weights.
 void ApplyWeights(int size, const std::vector<double>& weights, gult::matrixT& D);

@@ -31,6 +31,7 @@ ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat, const
     for (int k = 0; k < 3; ++k) {
         computed.unit[k] = modelled.unit[k];
     }
+    computed.sinElevation = modelled.sinElevationRover;
     computed.antenna = solver_.AntennaTerm(combination.a, combination.b,
                                            carriers.antennaWavelength1, carriers.antennaWavelength2,
                                            modelled.sinElevationRover, modelled.sinElevationBase);

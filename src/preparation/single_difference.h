@@ -18,9 +18,10 @@ struct PhaseCombination {
 PhaseCombination SingleFrequency(const Carriers& carriers, int frequency);
 
 struct ComputedDifference {
-    double model;    // metres
-    double antenna;  // metres
-    double unit[3];  // from the satellite to the rover
+    double model;         // metres
+    double antenna;       // metres
+    double unit[3];       // from the satellite to the rover
+    double sinElevation;  // at the rover
 
     double WithAntenna() const { return model - antenna; }
 };
