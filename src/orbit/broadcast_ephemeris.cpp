@@ -144,24 +144,35 @@ bool KeplerPosition(const KeplerStore& store, const KeplerConstants& constants,
 }  // namespace
 
 void KeplerStore::AddEphemeris(const KeplerEphemeris& record) {
-    for (KeplerEphemeris& stored : records_) {
-        if (stored.toeEpoch == record.toeEpoch && stored.satId == record.satId) {
+    std::vector<Reference>& references = bySatellite_[record.satId];
+    for (const Reference& reference : references) {
+        KeplerEphemeris& stored = records_[reference.position];
+        if (stored.toeEpoch == record.toeEpoch) {
             stored = record;
             return;
         }
     }
+    references.push_back({record.toeEpoch.TotalSeconds(), records_.size()});
     records_.push_back(record);
 }
 
 const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double startBound) const {
+    const auto references = bySatellite_.find(satId);
+    if (references == bySatellite_.end()) {
+        return nullptr;
+    }
+    constexpr double kRoughness = 1e-3;  // s, more than the rough times can be off
+    const double seconds = time.TotalSeconds();
     const KeplerEphemeris* best = nullptr;
     double bestDifference = startBound;
-    for (const KeplerEphemeris& record : records_) {
-        if (record.satId != satId || record.health != 0) {
+    for (const Reference& reference : references->second) {
+        // What is clearly further away need not be compared exactly.
+        if (std::fabs(seconds - reference.toeSeconds) > bestDifference + kRoughness) {
             continue;
         }
+        const KeplerEphemeris& record = records_[reference.position];
         const double difference = std::fabs(time - record.toeEpoch);
-        if (difference < bestDifference) {
+        if (record.health == 0 && difference < bestDifference) {
             bestDifference = difference;
             best = &record;
         }

@@ -1,6 +1,7 @@
 // Broadcast ephemerides of GPS, BDS and Galileo: process-wide stores, and positions from them.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "foundation/epoch.h"
@@ -39,10 +40,20 @@ class KeplerStore {
     // nullptr when none is closer than `startBound` seconds or the closest is over 14400 s away.
     const KeplerEphemeris* Select(const Epoch& time, int satId, double startBound) const;
     const std::vector<KeplerEphemeris>& records() const { return records_; }
-    void Clear() { records_.clear(); }
+    void Clear() {
+        records_.clear();
+        bySatellite_.clear();
+    }
 
   private:
+    // A record of a satellite, with its toeEpoch as seconds since 2000, good to a millisecond.
+    struct Reference {
+        double toeSeconds;
+        std::size_t position;  // in records_
+    };
+
     std::vector<KeplerEphemeris> records_;
+    std::map<int, std::vector<Reference>> bySatellite_;  // in the order of records_
 };
 
 // The process-wide stores.

@@ -24,8 +24,7 @@ constexpr double kMinRadius = 15000000.0;                  // m
 constexpr double kMaxRadius = 40000000.0;                  // m
 constexpr int kNoChannel = -99;
 
-// x, y, z in km, vx, vy, vz in km/s.
-using State = std::array<double, 6>;
+using State = GlonassState;
 
 // Seconds from the record's time of day to a time in the record's time scale, within half a day.
 double SinceTimeOfDay(const GlonassEphemeris& record, const Epoch& time) {
@@ -50,24 +49,6 @@ double SinceReference(const GlonassEphemeris& record, const Epoch& time) {
     const Epoch recordTime = time - record.leapSeconds;
     return record.refEpoch.IsZero() ? SinceTimeOfDay(record, recordTime)
                                     : recordTime - record.refEpoch;
-}
-
-// The record of the slot closest in time, the earliest stored of equals; nullptr when none is near enough.
-const GlonassEphemeris* Select(const std::vector<GlonassEphemeris>& records, const Epoch& time,
-                               int slot) {
-    const GlonassEphemeris* best = nullptr;
-    double bestDifference = kSelectionBound;
-    for (const GlonassEphemeris& record : records) {
-        if (record.slot != slot) {
-            continue;
-        }
-        const double difference = std::fabs(SelectionDifference(record, time));
-        if (difference < bestDifference) {
-            bestDifference = difference;
-            best = &record;
-        }
-    }
-    return bestDifference > kMaxOrbitAge ? nullptr : best;
 }
 
 State Derivative(const State& state, const GlonassEphemeris& record) {
@@ -115,15 +96,27 @@ State RungeKuttaStep(const State& state, double h, const GlonassEphemeris& recor
     return next;
 }
 
-// Full steps toward dt and a last one for what remains, of length 0 when nothing does.
-State Integrate(const GlonassEphemeris& record, double dt) {
+// Full steps toward dt and a last one for what remains, of length 0 when nothing does. The states after full steps
+// are the same for every dt: the chain keeps them.
+State Integrate(const GlonassEphemeris& record, double dt, GlonassStateChain& chain) {
     const double step = dt < 0.0 ? -kStep : kStep;
     const int stepCount = static_cast<int>(dt / step) + 1;
+    const auto rest = [=](int i) { return dt - i * step; };
+    const auto isFull = [&](int i) { return !(std::fabs(rest(i)) < std::fabs(step)); };
+    int fullSteps = stepCount;
+    while (fullSteps > 0 && !isFull(fullSteps - 1)) {
+        --fullSteps;
+    }
+    std::vector<State>& states = dt < 0.0 ? chain.backward : chain.forward;
     State state = {record.x, record.y, record.z, record.vx, record.vy, record.vz};
-    for (int i = 0; i < stepCount; ++i) {
-        const double rest = dt - i * step;
-        const double h = std::fabs(rest) < std::fabs(step) ? rest : step;
-        state = RungeKuttaStep(state, h, record);
+    for (int i = static_cast<int>(states.size()); i < fullSteps; ++i) {
+        states.push_back(RungeKuttaStep(i == 0 ? state : states.back(), step, record));
+    }
+    if (fullSteps > 0) {
+        state = states[static_cast<std::size_t>(fullSteps - 1)];
+    }
+    for (int i = fullSteps; i < stepCount; ++i) {
+        state = RungeKuttaStep(state, rest(i), record);
     }
     return state;
 }
@@ -140,22 +133,54 @@ bool IsSameReference(const GlonassEphemeris& stored, const GlonassEphemeris& rec
 }  // namespace
 
 void GlonassStore::AddGlonassEphemeris(const GlonassEphemeris& record) {
-    for (GlonassEphemeris& stored : records_) {
-        if (IsSameReference(stored, record)) {
-            stored = record;
+    std::vector<Reference>& references = bySlot_[record.slot];
+    Reference added{!record.refEpoch.IsZero(), record.refEpoch.TotalSeconds() + record.leapSeconds,
+                    static_cast<int>(records_.size())};
+    for (Reference& reference : references) {
+        const auto position = static_cast<std::size_t>(reference.position);
+        if (IsSameReference(records_[position], record)) {
+            records_[position] = record;
+            chains_[position] = GlonassStateChain();
+            added.position = reference.position;
+            reference = added;
             return;
         }
     }
+    references.push_back(added);
     records_.push_back(record);
+    chains_.emplace_back();
+}
+
+int GlonassStore::Select(const Epoch& time, int slot) const {
+    const auto references = bySlot_.find(slot);
+    if (references == bySlot_.end()) {
+        return -1;
+    }
+    constexpr double kRoughness = 1e-3;  // s, more than the rough times can be off
+    const double seconds = time.TotalSeconds();
+    int best = -1;
+    double bestDifference = kSelectionBound;
+    for (const Reference& reference : references->second) {
+        // What is clearly further away need not be compared exactly.
+        if (reference.hasDate &&
+            std::fabs(seconds - reference.seconds) > bestDifference + kRoughness) {
+            continue;
+        }
+        const GlonassEphemeris& record = records_[static_cast<std::size_t>(reference.position)];
+        const double difference = std::fabs(SelectionDifference(record, time));
+        if (difference < bestDifference) {
+            bestDifference = difference;
+            best = reference.position;
+        }
+    }
+    return bestDifference > kMaxOrbitAge ? -1 : best;
 }
 
 const GlonassEphemeris* GlonassStore::FirstOfSlot(int slot) const {
-    for (const GlonassEphemeris& record : records_) {
-        if (record.slot == slot) {
-            return &record;
-        }
-    }
-    return nullptr;
+    const auto references = bySlot_.find(slot);
+    return references == bySlot_.end()
+               ? nullptr
+               : &records_[static_cast<std::size_t>(references->second.front().position)];
 }
 
 GlonassStore& GlonassEphemerides() {
@@ -167,14 +192,16 @@ bool GetGlonassPosition(Epoch time, int slot, XYZPosition& position, double& clo
     position = XYZPosition();
     clock = 0.0;
     channel = kNoChannel;
-    const GlonassEphemeris* record = Select(GlonassEphemerides().records(), time, slot);
-    if (record == nullptr) {
+    GlonassStore& store = GlonassEphemerides();
+    const int selected = store.Select(time, slot);
+    if (selected < 0) {
         return false;
     }
-    const double dt = SinceReference(*record, time);
-    clock = record->clockDrift * dt + record->clockBias;
-    channel = record->channel;
-    const State state = Integrate(*record, dt);
+    const GlonassEphemeris& record = store.records()[static_cast<std::size_t>(selected)];
+    const double dt = SinceReference(record, time);
+    clock = record.clockDrift * dt + record.clockBias;
+    channel = record.channel;
+    const State state = Integrate(record, dt, store.ChainOf(selected));
     position = XYZPosition(state[0] * 1000.0, state[1] * 1000.0, state[2] * 1000.0);
     const double radius = Distance(position, XYZPosition());
     return radius > kMinRadius && radius < kMaxRadius;

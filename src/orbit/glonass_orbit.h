@@ -1,6 +1,8 @@
 // GLONASS broadcast ephemerides: state vectors, integrated to the time asked for.
 #pragma once
 
+#include <array>
+#include <map>
 #include <vector>
 
 #include "foundation/epoch.h"
@@ -25,6 +27,15 @@ struct GlonassEphemeris {
     int age = 0;
 };
 
+// x, y, z in km, vx, vy, vz in km/s.
+using GlonassState = std::array<double, 6>;
+
+// States of one record after 1, 2, ... full integration steps away from its reference time, as far as they were
+// needed. Goes with the record.
+struct GlonassStateChain {
+    std::vector<GlonassState> forward, backward;
+};
+
 class GlonassStore {
   public:
     // Replaces the record of the same slot and reference time in its place, or appends.
@@ -32,10 +43,28 @@ class GlonassStore {
     const std::vector<GlonassEphemeris>& records() const { return records_; }
     // The first record of `slot`, nullptr when there is none.
     const GlonassEphemeris* FirstOfSlot(int slot) const;
-    void Clear() { records_.clear(); }
+    // Position of the record of `slot` closest to GPS time `time`, the earliest stored of equals; -1 when none is near
+    // enough.
+    int Select(const Epoch& time, int slot) const;
+    // The states worked out so far of the record at a position.
+    GlonassStateChain& ChainOf(int position) { return chains_[static_cast<std::size_t>(position)]; }
+    void Clear() {
+        records_.clear();
+        chains_.clear();
+        bySlot_.clear();
+    }
 
   private:
+    // A record of a slot. Its reference time in GPS time as seconds since 2000, good to a millisecond.
+    struct Reference {
+        bool hasDate;
+        double seconds;
+        int position;  // in records_
+    };
+
     std::vector<GlonassEphemeris> records_;
+    std::vector<GlonassStateChain> chains_;         // by position
+    std::map<int, std::vector<Reference>> bySlot_;  // in the order of records_
 };
 
 // The process-wide store.

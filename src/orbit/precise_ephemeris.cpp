@@ -49,14 +49,25 @@ void AddValue(SP3ValList& store, int satNumber, const Epoch& epoch, double value
         list = store.satellites.insert(list, OneSatSP3ValList());
         list->satNumber = satNumber;
     }
-    std::erase_if(list->values, [&epoch](const auto& entry) { return entry.first == epoch; });
-    list->values.emplace_back(epoch, value);
+    auto& values = list->values;
+    // An epoch behind all others, the usual case, has no equal.
+    const bool continues = list->IsAscending() && (values.empty() || values.back().first < epoch);
+    if (!continues) {
+        std::erase_if(values, [&epoch](const auto& entry) { return entry.first == epoch; });
+    }
+    values.emplace_back(epoch, value);
+    list->ascending = continues ? values.size() : 0;
 }
 
 bool InterpolateOne(const OneSatSP3ValList& list, const Epoch& time, double& out) {
     const auto& values = list.values;
-    const auto after = std::find_if(values.begin(), values.end(),
-                                    [&time](const auto& entry) { return time < entry.first; });
+    const auto isLater = [](const Epoch& moment, const auto& entry) {
+        return moment < entry.first;
+    };
+    const auto after = list.IsAscending()
+                           ? std::upper_bound(values.begin(), values.end(), time, isLater)
+                           : std::find_if(values.begin(), values.end(),
+                                          [&](const auto& entry) { return isLater(time, entry); });
     if (after == values.end()) {
         return false;
     }

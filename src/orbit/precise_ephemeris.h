@@ -16,11 +16,14 @@ class OneSatSP3ValList {
   public:
     int satNumber = 0;  // across the systems
     std::vector<std::pair<Epoch, double>> values;
+    std::size_t ascending = 0;  // values that AddValue has seen stand in ascending order
 
     OneSatSP3ValList() = default;
     OneSatSP3ValList(const OneSatSP3ValList&) = default;
     OneSatSP3ValList& operator=(const OneSatSP3ValList&) = default;
     virtual ~OneSatSP3ValList() = default;
+
+    bool IsAscending() const { return ascending == values.size(); }
 };
 
 // One component of all satellites.
