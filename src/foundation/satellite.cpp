@@ -5,19 +5,6 @@ namespace vornel {
 
 namespace {
 
-struct NumberBlock {
-    int system;
-    int count;   // ids run from 1 to count
-    int offset;  // from id to number
-};
-
-constexpr NumberBlock kBlocks[] = {
-    {kGps, 35, 0},
-    {kGlonass, kGlonassSlotCount, 35},
-    {kBds, 36, 67},
-    {kGalileo, 32, 103},
-};
-
 struct Carrier {
     double frequency;   // Hz
     double wavelength;  // m
@@ -44,27 +31,12 @@ Carrier CarrierOfBand(int band) {
 }  // namespace
 
 int MakeSatNumber(int system, int id) {
-    for (const NumberBlock& block : kBlocks) {
+    for (const SatelliteBlock& block : kSatelliteBlocks) {
         if (block.system == system && id >= 1 && id <= block.count) {
             return id + block.offset;
         }
     }
     return 0;
-}
-
-int SplitSatNumber(int number, int* id) {
-    int system = 0;
-    int idInSystem = number;
-    for (const NumberBlock& block : kBlocks) {
-        if (number > block.offset && number <= block.offset + block.count) {
-            system = block.system;
-            idInSystem = number - block.offset;
-        }
-    }
-    if (id != nullptr) {
-        *id = idInSystem;
-    }
-    return system;
 }
 
 // GLONASS ICD 5.1, 3.3.1.1.

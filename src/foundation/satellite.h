@@ -12,6 +12,19 @@ inline constexpr int kGlonass = 2;
 inline constexpr int kBds = 4;
 inline constexpr int kGalileo = 8;
 
+// The numbers of each system, in order and without a hole.
+struct SatelliteBlock {
+    int system;
+    int count;   // ids run from 1 to count
+    int offset;  // from id to number
+};
+inline constexpr SatelliteBlock kSatelliteBlocks[] = {
+    {kGps, 35, 0},
+    {kGlonass, kGlonassSlotCount, 35},
+    {kBds, 36, 67},
+    {kGalileo, 32, 103},
+};
+
 inline constexpr double kSpeedOfLight = 299792458.0;  // m/s
 
 // Carrier frequencies (Hz) and wavelengths (m); IS-GPS-200, BDS-SIS-ICD, Galileo OS SIS ICD.
@@ -43,7 +56,20 @@ inline constexpr double kBdsIonoFreeB = -1.9232363106605321;
 int MakeSatNumber(int system, int id);
 // System code of a number, 0 when it is not from 1 to 135; *id, if given, gets the number in the system
 // (the number as handed in when it is out of range).
-int SplitSatNumber(int number, int* id = nullptr);
+inline int SplitSatNumber(int number, int* id = nullptr) {
+    const bool inRange = number >= 1 && number <= kSatelliteCount;
+    const SatelliteBlock* block = nullptr;
+    if (inRange) {
+        block = kSatelliteBlocks;
+        while (number > block->offset + block->count) {
+            ++block;
+        }
+    }
+    if (id != nullptr) {
+        *id = inRange ? number - block->offset : number;
+    }
+    return inRange ? block->system : 0;
+}
 
 // GLONASS carriers by frequency channel: Hz, m.
 double GlonassL1Frequency(int channel);

@@ -48,6 +48,10 @@ void Store(double target[3], const XYZPosition& position) {
     target[2] = position.Z;
 }
 
+bool IsSatelliteNumber(int number) {
+    return number >= 1 && number <= kSatelliteCount;
+}
+
 // The numbers of `left` that `right` holds too, in the order of `left`.
 std::vector<int> Intersection(const std::vector<int>& left, const std::vector<int>& right) {
     std::vector<int> common;
@@ -68,13 +72,27 @@ std::int16_t ChannelOfPreciseOrbit(int slot) {
 
 }  // namespace
 
+void ZDObsData::ReserveSlots(std::size_t satellites) {
+    for (SlotTable<2>* table : {&code, &phase, &azel}) {
+        table->Reserve(satellites);
+    }
+    for (SlotTable<3>* table : {&satPos, &satVel}) {
+        table->Reserve(satellites);
+    }
+    for (SlotTable<1>* table : {&range, &satClock}) {
+        table->Reserve(satellites);
+    }
+}
+
 void ZDObsData::Fill(int week, double seconds, const int* satellites, const double* code1,
                      const double* code2, const double* phase1, const double* phase2) {
     satList.clear();
     epoch = Epoch(week, seconds);
+    ReserveSlots(static_cast<std::size_t>(
+        std::count_if(satellites, satellites + kInputSlots, IsSatelliteNumber)));
     for (int slot = 0; slot < kInputSlots; ++slot) {
         const int number = satellites[slot];
-        if (number < 1 || number > kSatelliteCount) {
+        if (!IsSatelliteNumber(number)) {
             continue;
         }
         const int s = number - 1;
@@ -186,13 +204,13 @@ bool ZDObsData::LocateSatellite(int number, const XYZPosition& station) {
     return true;
 }
 
-void ZDObsData::SetDirection(int number, const XYZPosition& station) {
+void ZDObsData::SetDirection(int number, const Station& station) {
     const int s = number - 1;
     const XYZPosition satellite(satPos[s]);
-    const NEUPosition local = satellite.ToNEU(station);
+    const NEUPosition local = station.Local(satellite);
     azel[s][0] = Azimuth(local.N, local.E);
     azel[s][1] = Elevation(local, kElevationAtZenith);
-    range[s] = Distance(station, satellite);
+    range[s] = Distance(station.position, satellite);
 }
 
 void ZDObsData::ListUsable(int number, double elevationMask, int& dualFlag) {
@@ -218,11 +236,12 @@ void ZDObsData::Correct(XYZPosition station, double elevationMask, int& dualFlag
     satListF1.clear();
     satListF2.clear();
     satListDual.clear();
+    const Station origin(station);
     for (const int number : satList) {
         if (!UsesSystem(SplitSatNumber(number)) || !LocateSatellite(number, station)) {
             continue;
         }
-        SetDirection(number, station);
+        SetDirection(number, origin);
         ListUsable(number, elevationMask, dualFlag);
     }
     std::sort(satListF1.begin(), satListF1.end());
@@ -247,12 +266,25 @@ Epoch MeanEpoch(const Epoch& rover, const Epoch& base) {
 
 }  // namespace
 
+void SDObsData::ReserveSlots(std::size_t satellites) {
+    for (SlotTable<2>* table : {&code, &phase, &azelA, &azelB}) {
+        table->Reserve(satellites);
+    }
+    for (SlotTable<3>* table : {&satPosA, &satPosB}) {
+        table->Reserve(satellites);
+    }
+    for (SlotTable<1>* table : {&satClockA, &satClockB, &sdRange, &sdIono, &sdTrop}) {
+        table->Reserve(satellites);
+    }
+}
+
 void SDObsData::Form(const ZDObsData& rover, const ZDObsData& base) {
     epoch = MeanEpoch(rover.epoch, base.epoch);
     satList = Intersection(rover.satList, base.satList);
     satListF1 = Intersection(rover.satListF1, base.satListF1);
     satListF2 = Intersection(rover.satListF2, base.satListF2);
     satListDual = Intersection(rover.satListDual, base.satListDual);
+    ReserveSlots(satList.size());
     for (const int number : satList) {
         const int s = number - 1;
         for (int f = 0; f < 2; ++f) {

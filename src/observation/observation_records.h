@@ -75,9 +75,10 @@ class ZDObsData : public RWObsData {
     bool SatelliteAt(const Epoch& time, int number, XYZPosition& position, double& clock,
                      int& channel) const;
     bool UsesSystem(int system) const;
+    void ReserveSlots(std::size_t satellites);
     bool FindTransmission(int number, const XYZPosition& station, Transmission& found) const;
     bool LocateSatellite(int number, const XYZPosition& station);
-    void SetDirection(int number, const XYZPosition& station);
+    void SetDirection(int number, const Station& station);
     void ListUsable(int number, double elevationMask, int& dualFlag);
 };
 
@@ -115,6 +116,9 @@ class SDObsData : public RWObsData {
 
     bool IsActive(int satNumber) const;
     void RemoveActive(int satNumber);
+
+  private:
+    void ReserveSlots(std::size_t satellites);
 };
 
 }  // namespace vornel

@@ -8,15 +8,17 @@ namespace vornel {
 
 class CoordinateEquations {
   public:
-    gult::matrixT N{3, 3};
-    gult::matrixT U{3, 1};   // weighted right-hand side
-    gult::matrixT U2{3, 1};  // unweighted
-    double S1 = 0.0;         // weighted sum of squares
-    double S2 = 0.0;         // unweighted
-    int n = 0;               // rows
+    double N[3][3] = {};
+    double U[3] = {};   // weighted right-hand side
+    double U2[3] = {};  // unweighted
+    double S1 = 0.0;    // weighted sum of squares
+    double S2 = 0.0;    // unweighted
+    int n = 0;          // rows
 
     // A row with design h, misclosure v (metres) and weight w.
     void Add(const double h[3], double v, double w);
+    // Adds to N and U alone. weight: 3 by 3, misclosure: 3 by 1.
+    void AddConstraint(gult::matrixT weight, const gult::matrixT& misclosure);
 };
 
 // One step of the iteration.
@@ -28,6 +30,6 @@ struct CoordinateStep {
 };
 
 // Solves the equations and moves x. Throws matrix_error when they are singular.
-CoordinateStep SolveStep(CoordinateEquations& equations, XYZPosition& x);
+CoordinateStep SolveStep(const CoordinateEquations& equations, XYZPosition& x);
 
 }  // namespace vornel

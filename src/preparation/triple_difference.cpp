@@ -201,8 +201,7 @@ class TripleDifference {
         misclosure(0, 0) = solver_.priorBaseline.X - x_.X;
         misclosure(1, 0) = solver_.priorBaseline.Y - x_.Y;
         misclosure(2, 0) = solver_.priorBaseline.Z - x_.Z;
-        equations_.N += weight;
-        equations_.U += weight * misclosure;
+        equations_.AddConstraint(weight, misclosure);
     }
 
     void Store(const CoordinateStep& step) {
