@@ -431,6 +431,8 @@ TEST_F(KeplerOrbit, OnlyGpsChecksTheRadius) {
         testing_support::ClearOrbitStores();
         KeplerEphemeris record = SampleKeplerRecord(30, kWeek, kToe);
         record.e = 0.0;
+        record.crs = 0.0;
+        record.crc = 0.0;
         record.sqrtA = std::sqrt(one.radius);
         GpsStore().AddEphemeris(record);
         BdsStore().AddEphemeris(record);
