@@ -129,6 +129,15 @@ PeriodFixRecord FloatRecord(int period, const std::vector<AmbRstInfo>& tracks) {
 
 // ---- borrowing ------------------------------------------------------------------------------------------
 
+// Period b borrows; its announcement, and nothing else, goes to the standard error stream.
+void Borrow(PeriodFixing& fixing, const std::vector<int>& fixedPeriods, int b) {
+    testing::internal::CaptureStderr();
+    fixing.GetPeriodXbIWithSubXaIConstraint(static_cast<int>(fixedPeriods.size()),
+                                            fixedPeriods.data(), b);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "GetPeriodXbIWithSubXaIConstraint: " + std::to_string(b) + ".\n");
+}
+
 SessionShape ThreePeriods() {
     SessionShape shape;
     shape.tracks = {5, 4, 6};
@@ -209,8 +218,7 @@ TEST(BorrowingTest, SeveralFixedPeriodsEqualTheAdjustmentWithTheirPriorsAdded) {
     const Vector second = NearTruth(session, -3e-4L);
     fixing.records = {FixedRecord(0, first, kFirstPrior), FixedRecord(1, second, kSecondPrior),
                       FloatRecord(2, equations.AmbiguitiesOfPeriod(2))};
-    const int fixed[] = {0, 1};
-    fixing.GetPeriodXbIWithSubXaIConstraint(2, fixed, 2);
+    Borrow(fixing, {0, 1}, 2);
 
     ASSERT_EQ(fixing.records.size(), 4U);
     const PeriodFixRecord& added = fixing.records[3];
@@ -244,8 +252,7 @@ TEST(BorrowingTest, OneFixedPeriodGivesOnePrior) {
     const Vector measured = NearTruth(session, 2e-4L);
     fixing.records = {FloatRecord(0, equations.AmbiguitiesOfPeriod(0)),
                       FixedRecord(2, measured, kSecondPrior)};
-    const int fixed[] = {2};
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 0);
+    Borrow(fixing, {2}, 0);
     ASSERT_EQ(fixing.records.size(), 3U);
     const Estimate expected = FoldIn(OwnEstimate(session, 0), measured, kSecondPrior);
     ExpectNear(fixing.records[2].lambda.x, expected.x, 1e-9);
@@ -266,8 +273,7 @@ TEST(BorrowingTest, TheFirstRecordOfAPeriodCounts) {
     fixing.records = {ofTwo, FixedRecord(0, measured, kFirstPrior),
                       FixedRecord(0, NearTruth(session, 0.5L), kFirstPrior),
                       FloatRecord(2, equations.AmbiguitiesOfPeriod(2)), FloatRecord(2, {})};
-    const int fixed[] = {0};
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 2);
+    Borrow(fixing, {0}, 2);
     ASSERT_EQ(fixing.records.size(), 6U);
     ExpectNear(fixing.records[5].lambda.x, FoldIn(OwnEstimate(session, 2), measured, kFirstPrior).x,
                1e-9);
@@ -282,8 +288,7 @@ TEST(BorrowingTest, LeavesTheEquationsAsTheFloatSolutionLeftThem) {
     PeriodFixing fixing(1, 2.0, equations);
     fixing.records = {FixedRecord(0, NearTruth(session, 0.0L), kFirstPrior),
                       FloatRecord(2, equations.AmbiguitiesOfPeriod(2))};
-    const int fixed[] = {0};
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 2);
+    Borrow(fixing, {0}, 2);
     ASSERT_EQ(fixing.records.size(), 3U);
     for (const PeriodEquations* kept : {&equations, &fixing.equations}) {
         ExpectNear(kept->normal[2], session.normals[2], 0.0);
@@ -300,9 +305,22 @@ TEST(BorrowingTest, APeriodThatDoesNotFixLeavesNoRecord) {
     PeriodFixing fixing(1, 1e9, equations);  // no ratio passes
     fixing.records = {FixedRecord(0, NearTruth(session, 0.0L), kFirstPrior),
                       FloatRecord(2, equations.AmbiguitiesOfPeriod(2))};
-    const int fixed[] = {0};
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 2);
+    Borrow(fixing, {0}, 2);
     EXPECT_EQ(fixing.records.size(), 2U);
+}
+
+// Three equals with fractions of 0.29 have a ratio of 1 + 0.42 / (3 * 0.29^2), and the lowest grade.
+TEST(BorrowingTest, TheLowestGradeIsEnough) {
+    const std::vector<double> variances(3, 0.01);
+    PeriodFixing fixing(
+        1, 1.8,
+        Crafted(1, {0.0L, 7.0L, 4.29L, -2.29L, 8.29L}, {Uncoupled({0.01}), Uncoupled(variances)}));
+    fixing.records = {FixedRecord(0, {0.0L}, {{0.01L}}),
+                      FloatRecord(1, fixing.equations.AmbiguitiesOfPeriod(1))};
+    Borrow(fixing, {0}, 1);
+    ASSERT_EQ(fixing.records.size(), 3U);
+    EXPECT_EQ(fixing.records[2].lambda.fixQuality, 1);
+    EXPECT_NEAR(fixing.records[2].lambda.ratio, 1.0 + 0.42 / (3.0 * 0.29 * 0.29), 1e-6);
 }
 
 TEST(BorrowingTest, ASingularPriorIsAnError) {
@@ -313,8 +331,8 @@ TEST(BorrowingTest, ASingularPriorIsAnError) {
     PeriodFixing fixing(1, 2.0, equations);
     fixing.records = {FixedRecord(0, NearTruth(session, 0.0L), reference::Zeros(3, 3)),
                       FloatRecord(2, equations.AmbiguitiesOfPeriod(2))};
-    const int fixed[] = {0};
-    EXPECT_THROW(fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 2), gult::matrix_error);
+    EXPECT_THROW(Borrow(fixing, {0}, 2), gult::matrix_error);
+    testing::internal::GetCapturedStderr();
 }
 
 // The second period: N = (4 2; 2 4), W = (2 3), start (1, 7). The first says 1.5 with cofactor 0.25, so that 4 and 2
@@ -325,11 +343,8 @@ TEST(BorrowingTest, EveryStepIsInTheTraceWithItsMatrix) {
     PeriodFixing fixing(1, 1.8, Crafted(1, {1.0L, 3.0L, 7.0L}, {first, second}));
     fixing.records = {FixedRecord(0, {1.5L}, {{0.25L}}),
                       FloatRecord(1, fixing.equations.AmbiguitiesOfPeriod(1))};
-    const int fixed[] = {0};
     reference::TraceCapture trace(5);
-    testing::internal::CaptureStderr();
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "GetPeriodXbIWithSubXaIConstraint: 1.\n");
+    Borrow(fixing, {0}, 1);
     EXPECT_EQ(trace.Text(),
               "1 GetPeriodXbIWithSubXaIConstraint: 1.\n"
               "5 xaI(0):\n"
@@ -367,11 +382,8 @@ TEST(BorrowingTest, TheTraceNumbersPriorsByTheirPlace) {
     PeriodFixing fixing(1, 1.8, Crafted(1, {1.0L, 3.0L, 7.0L, 2.0L}, {period, period, period}));
     fixing.records = {FloatRecord(0, fixing.equations.AmbiguitiesOfPeriod(0)),
                       FixedRecord(1, {1.5L}, {{0.25L}}), FixedRecord(2, {1.25L}, {{0.5L}})};
-    const int fixed[] = {2, 1};
     reference::TraceCapture trace(5);
-    testing::internal::CaptureStderr();
-    fixing.GetPeriodXbIWithSubXaIConstraint(2, fixed, 0);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "GetPeriodXbIWithSubXaIConstraint: 0.\n");
+    Borrow(fixing, {2, 1}, 0);
     const std::string text = trace.Text();
     EXPECT_NE(text.find("5 xaI(0):\n        1.2500\n5 QaI(0):\n        0.5000\n"),
               std::string::npos);
@@ -389,11 +401,8 @@ TEST(BorrowingTest, BelowLevelFiveTheTraceHasTheFirstLineAlone) {
     PeriodFixing fixing(1, 1.8, Crafted(1, {1.0L, 3.0L, 7.0L}, {period, period}));
     fixing.records = {FixedRecord(0, {1.5L}, {{0.25L}}),
                       FloatRecord(1, fixing.equations.AmbiguitiesOfPeriod(1))};
-    const int fixed[] = {0};
     reference::TraceCapture trace(2);
-    testing::internal::CaptureStderr();
-    fixing.GetPeriodXbIWithSubXaIConstraint(1, fixed, 1);
-    testing::internal::GetCapturedStderr();
+    Borrow(fixing, {0}, 1);
     EXPECT_EQ(trace.Text(), "1 GetPeriodXbIWithSubXaIConstraint: 1.\n");
 }
 
@@ -512,6 +521,20 @@ TEST(PeriodFixingTest, OfTwoRecordsOfATrackTheEarlierCollectedStands) {
     EXPECT_EQ(reference::FromColumn(fixing.records[2].lambda.ambFixed)[0], 3.0);
     ASSERT_EQ(fixing.ambiguities.size(), 2U);
     EXPECT_EQ(fixing.ambiguities[1].value1, 2.0);
+}
+
+// Equals with fractions of 0.29: three of them have a ratio of 2.66, four one of 2.25.
+TEST(PeriodFixingTest, APeriodOfTheLowestGradeLends) {
+    PeriodFixing fixing(1, 2.5,
+                        Crafted(1, {0.0L, 7.29L, 4.29L, -2.29L, 8.29L, 1.29L, 3.29L, -5.29L},
+                                {Uncoupled(std::vector<double>(3, 0.01)),
+                                 Uncoupled(std::vector<double>(4, 0.01))}));
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(fixing.Resolve());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "GetPeriodXbIWithSubXaIConstraint: 1.\n");
+    ASSERT_EQ(fixing.records.size(), 2U);
+    EXPECT_EQ(fixing.records[0].lambda.fixQuality, 1);
+    EXPECT_EQ(fixing.records[1].lambda.fixQuality, 0);
 }
 
 TEST(PeriodFixingTest, WithoutAFixedPeriodNothingIsBorrowed) {
