@@ -341,7 +341,7 @@ std::string VerdictReason(const SolveResult& result) {
         case Acceptance::kFixed:
             return Format(
                 "%zu integer ambiguities, ratio %.1f against a threshold of %.1f: the "
-                "vector can be trusted to its standard deviations.",
+                "vector can be trusted (its standard deviations are formal ones).",
                 r.fixeds.back().ambiguities.size(), r.fixeds.back().ratio, threshold);
         case Acceptance::kFloat: {
             std::string text;

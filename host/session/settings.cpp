@@ -411,12 +411,17 @@ const SettingSpec* FindSetting(const std::string& name) {
 }
 
 std::string NearestSettingName(const std::string& name) {
+    constexpr std::size_t kTelling = 3;  // letters that a part of a name must have
     std::string nearest;
     std::size_t best = std::numeric_limits<std::size_t>::max();
     for (const SettingSpec& spec : AllSettings()) {
-        for (const char* candidate : {spec.name, spec.engineField}) {
-            const std::size_t distance = EditDistance(name, candidate);
-            if (*candidate != '\0' && distance < best) {
+        for (const std::string candidate : {spec.name, spec.engineField}) {
+            if (candidate.empty()) {
+                continue;
+            }
+            const bool part = name.size() >= kTelling && candidate.find(name) != std::string::npos;
+            const std::size_t distance = part ? 0 : 1 + EditDistance(name, candidate);
+            if (distance < best) {
                 best = distance;
                 nearest = candidate;
             }
