@@ -6,7 +6,11 @@
 #include <nlohmann/json.hpp>
 
 #include "command_fixture.h"
+#include "io/navigation.h"
+#include "session/broadcast_orbit.h"
+#include "session/ephemerides.h"
 #include "session/geodesy.h"
+#include "session/text.h"
 
 namespace vornel::app {
 namespace {
@@ -126,6 +130,91 @@ TEST_F(Baselines, EbreOver115Kilometres) {
     EXPECT_EQ(json.at("rover").at("antenna").at("height_m"), 0.054);
 }
 
+// An SP3 file of GPS and Galileo from `hours` hours before the session's day to three after, every
+// five minutes, made of the broadcast orbits; without its records where the broadcast has none.
+std::string OrbitFile(double hours) {
+    const io::GpsTime day{2111, 345600.0};
+    const io::GpsTime first = io::Shifted(day, -3600.0 * hours), last = io::Shifted(day, 10800.0);
+    const std::string folder = (test::ProjectFolder() / "data" / "wettzell").string();
+    const auto file = io::ReadFile(folder + "/ESBC00DNK_R_20201770000_01D_MN.rnx.gz").front();
+    const auto ephemerides =
+        session::SelectEphemerides({io::ReadNavigation(file.bytes, file.name)}, first, last);
+    std::string satellites, body;
+    int count = 0;
+    for (const auto system : {session::EngineSystem::kGps, session::EngineSystem::kGalileo}) {
+        for (int prn = 1; prn <= 32; ++prn) {
+            satellites += session::ToString(session::EngineSatellite{system, prn});
+            ++count;
+        }
+    }
+    int epochs = 0;
+    for (io::GpsTime time = first; time <= last; time = io::Shifted(time, 300.0)) {
+        const io::CalendarTime c = io::ToCalendar(time);
+        body += session::Format("*  %4d %2d %2d %2d %2d %11.8f\n", c.year, c.month, c.day, c.hour,
+                                c.minute, c.second);
+        ++epochs;
+        for (std::size_t i = 0; i < satellites.size(); i += 3) {
+            const auto satellite = *session::ParseSatellite(satellites.substr(i, 3));
+            const auto state = session::BroadcastState(ephemerides, satellite, time);
+            const Vector3 p = state ? state->position : Vector3{};
+            body += session::Format("P%s%14.6f%14.6f%14.6f%14.6f\n",
+                                    satellites.substr(i, 3).c_str(), p[0] / 1e3, p[1] / 1e3,
+                                    p[2] / 1e3, state ? state->clock * 1e6 : 999999.999999);
+        }
+    }
+    const io::CalendarTime c = io::ToCalendar(first);
+    std::string text = session::Format("#dP%4d %2d %2d %2d %2d %11.8f %7d ORBIT IGb14 HLM  TST\n",
+                                       c.year, c.month, c.day, c.hour, c.minute, c.second, epochs);
+    text += session::Format("## %4d %15.8f %14.8f %5d %15.13f\n", first.week, first.seconds, 300.0,
+                            59025, 0.0);
+    for (int line = 0; line < 5; ++line) {
+        std::string names = satellites.substr(
+            std::min<std::size_t>(satellites.size(), 51UL * static_cast<std::size_t>(line)), 51);
+        while (names.size() < 51) {
+            names += "  0";
+        }
+        text += (line == 0 ? session::Format("+  %3d   ", count) : std::string("+        ")) +
+                names + "\n";
+    }
+    for (int line = 0; line < 5; ++line) {
+        text += "++       ";
+        for (int i = 0; i < 17; ++i) {
+            text += "  0";
+        }
+        text += "\n";
+    }
+    text += "%c M  cc GPS ccc cccc cccc cccc cccc ccccc ccccc ccccc ccccc\n";
+    text += "%c cc cc ccc ccc cccc cccc cccc cccc ccccc ccccc ccccc ccccc\n";
+    text += "%f  1.2500000  1.025000000  0.00000000000  0.000000000000000\n";
+    text += "%f  0.0000000  0.000000000  0.00000000000  0.000000000000000\n";
+    text += "%i    0    0    0    0      0      0      0      0         0\n";
+    text += "%i    0    0    0    0      0      0      0      0         0\n";
+    text += "/* made from broadcast orbits\n/*\n/*\n/*\n";
+    return text + body + "EOF\n";
+}
+
+TEST_F(Baselines, PreciseOrbitsAreUsedWhenGiven) {
+    const auto json = Solve(DemoSolve({Write("wide.sp3", OrbitFile(1.0)), "--systems", "GE"}), 0);
+    EXPECT_EQ(json.at("orbits").at("source"), "precise");
+    EXPECT_EQ(json.at("session").at("epochs"), 120);
+    EXPECT_EQ(json.at("session").at("epochs_lost_at_orbit_table_ends"), 0);
+    for (const double component : Error(json.at("solution"), kWettzell)) {
+        EXPECT_LT(std::abs(component), 0.010);
+    }
+}
+
+TEST_F(Baselines, EpochsNearTheEndsOfTheOrbitsAreLostAndSaid) {
+    const auto json = Solve(DemoSolve({Write("day.sp3", OrbitFile(0.0)), "--systems", "GE"}), 0);
+    // Five entries before: the first epoch that is served comes after 00:20:00.
+    EXPECT_EQ(json.at("session").at("epochs_lost_at_orbit_table_ends"), 41);
+    EXPECT_EQ(json.at("session").at("epochs"), 79);
+    EXPECT_THAT(text_, testing::HasSubstr("41 epochs lost near the ends of the precise orbits"));
+    // The broadcast orbits can be had back.
+    const auto broadcast = Solve(
+        DemoSolve({Path("day.sp3"), "--systems", "GE", "--ephemeris-source", "broadcast"}), 0);
+    EXPECT_EQ(broadcast.at("session").at("epochs"), 120);
+}
+
 TEST_F(Baselines, SwappedStationsGiveTheNegatedVector) {
     const auto forth = Solve(DemoSolve(), 0);
     auto words = DemoSolve();
@@ -181,6 +270,35 @@ TEST_F(Baselines, JsonHoldsInputsWithTheirSums) {
     EXPECT_EQ(inputs[1].at("sha256").get<std::string>().size(), 64U);
     // Packed or not, the answer is the same.
     EXPECT_EQ(json.at("solutions"), Solve(DemoSolve(), 0).at("solutions"));
+}
+
+// Every field name of the JSON stands in its document.
+void ExpectDocumented(const nlohmann::json& json, const std::string& document) {
+    if (json.is_object()) {
+        for (const auto& [key, value] : json.items()) {
+            const bool name = std::all_of(key.begin(), key.end(), [](char c) {
+                return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+            });
+            if (name) {
+                EXPECT_THAT(document, testing::HasSubstr("`" + key + "`"));
+            }
+            ExpectDocumented(value, document);
+        }
+    }
+    if (json.is_array() && !json.empty()) {
+        ExpectDocumented(json.front(), document);
+    }
+}
+
+TEST_F(Baselines, EveryFieldOfTheJsonIsDocumented) {
+    auto words = DemoSolve({"--solve-mode", "3"});
+    nlohmann::json json = Solve(words, 0);
+    json.erase("engine_config");  // named as the engine names them
+    for (auto& system : json["systems"]) {
+        system["signals"]["base"].erase(1);
+    }
+    json["orbits"]["broadcast"].erase("records_dropped");  // by reason
+    ExpectDocumented(json, Read((test::ProjectFolder() / "docs" / "json-schema.md").string()));
 }
 
 TEST_F(Baselines, FloatOrNothingHasItsExitCode) {
