@@ -33,82 +33,70 @@ void RemoveUnfinished(int signal) {
     throw OutputError(path + ": cannot be written: " + std::strerror(error));
 }
 
-// The file being written; removed unless it was finished.
-class Unfinished {
-  public:
-    explicit Unfinished(const std::string& target) : target_(target) {
-        name_ = target + ".XXXXXX";
-        if (name_.size() >= g_unfinished.size()) {
-            Fail(target, ENAMETOOLONG);
-        }
-        // No interrupt between making the file and noting its name.
-        sigset_t interrupts, before;
-        sigemptyset(&interrupts);
-        for (const int signal : kInterrupts) {
-            sigaddset(&interrupts, signal);
-        }
-        ::sigprocmask(SIG_BLOCK, &interrupts, &before);
-        descriptor_ = ::mkstemp(name_.data());
-        const int error = errno;
-        if (descriptor_ >= 0) {
-            std::memcpy(g_unfinished.data(), name_.c_str(), name_.size() + 1);
-            g_hasUnfinished = 1;
-        }
-        ::sigprocmask(SIG_SETMASK, &before, nullptr);
-        if (descriptor_ < 0) {
-            Fail(target, error);
-        }
-    }
-    Unfinished(const Unfinished&) = delete;
-    Unfinished& operator=(const Unfinished&) = delete;
-    ~Unfinished() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-        if (!finished_) {
-            ::unlink(name_.c_str());
-        }
-        g_hasUnfinished = 0;
-    }
+}  // namespace
 
-    void Write(std::string_view content) {
-        while (!content.empty()) {
-            const ssize_t written = ::write(descriptor_, content.data(), content.size());
-            if (written < 0 && errno == EINTR) {
-                continue;
-            }
-            if (written < 0) {
-                Fail(target_, errno);
-            }
-            content.remove_prefix(static_cast<std::size_t>(written));
-        }
+OutputFile::OutputFile(const std::string& path) : target_(path), name_(path + ".XXXXXX") {
+    if (name_.size() >= g_unfinished.size()) {
+        Fail(path, ENAMETOOLONG);
     }
+    // No interrupt between making the file and noting its name.
+    sigset_t interrupts, before;
+    sigemptyset(&interrupts);
+    for (const int signal : kInterrupts) {
+        sigaddset(&interrupts, signal);
+    }
+    ::sigprocmask(SIG_BLOCK, &interrupts, &before);
+    descriptor_ = ::mkstemp(name_.data());
+    const int error = errno;
+    if (descriptor_ >= 0) {
+        std::memcpy(g_unfinished.data(), name_.c_str(), name_.size() + 1);
+        g_hasUnfinished = 1;
+    }
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    if (descriptor_ < 0) {
+        Fail(path, error);
+    }
+}
 
-    void Finish() {
-        // As if created by open(): mkstemp keeps others out.
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        ::fchmod(descriptor_, 0666 & ~mask);
-        const int closed = ::close(descriptor_);
-        descriptor_ = -1;
-        if (closed != 0 || std::rename(name_.c_str(), target_.c_str()) != 0) {
+OutputFile::~OutputFile() {
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+    }
+    if (!finished_) {
+        ::unlink(name_.c_str());
+    }
+    g_hasUnfinished = 0;
+}
+
+void OutputFile::Write(std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t written = ::write(descriptor_, content.data(), content.size());
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written < 0) {
             Fail(target_, errno);
         }
-        finished_ = true;
+        content.remove_prefix(static_cast<std::size_t>(written));
     }
+}
 
-  private:
-    std::string target_;
-    std::string name_;
-    int descriptor_ = -1;
-    bool finished_ = false;
-};
-
-}  // namespace
+void OutputFile::Finish() {
+    // As if created by open(): mkstemp keeps others out.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    ::fchmod(descriptor_, 0666 & ~mask);
+    const int closed = ::close(descriptor_);
+    descriptor_ = -1;
+    if (closed != 0 || std::rename(name_.c_str(), target_.c_str()) != 0) {
+        Fail(target_, errno);
+    }
+    finished_ = true;
+}
 
 void WriteWhole(const std::string& path, std::string_view content) {
     RequireWritable(path);
-    Unfinished file(path);
+    OutputFile file(path);
     file.Write(content);
     file.Finish();
 }

@@ -197,11 +197,21 @@ std::string IonosphereLine(const session::Session& session) {
                : "  Ionosphere  no GPS coefficients in the files; the engine's diurnal model\n";
 }
 
+std::string EpochLine(const SolveResult& result) {
+    const session::Session& s = result.session;
+    const std::string first = io::FormatTime(s.FirstTime(), 0);
+    std::string last = io::FormatTime(s.LastTime(), 0);
+    constexpr std::size_t kDate = 11;  // "2020-06-25 "
+    if (first.compare(0, kDate, last, 0, kDate) == 0) {
+        last.erase(0, kDate);
+    }
+    return Format("  Epochs      %zu common, %s to %s GPS time, every %g s\n", result.fed.epochs,
+                  first.c_str(), last.c_str(), s.interval);
+}
+
 std::string DataBlock(const SolveResult& result) {
     const session::Session& s = result.session;
-    std::string text = Format("Data\n  Epochs      %zu common, %s to %s GPS time, every %g s\n",
-                              result.fed.epochs, io::FormatTime(s.FirstTime(), 0).c_str(),
-                              io::FormatTime(s.LastTime(), 0).c_str(), s.interval);
+    std::string text = "Data\n" + EpochLine(result);
     if (s.pairing.baseOnly + s.pairing.roverOnly > 0) {
         text += Format("              without partner: %zu of the base, %zu of the rover\n",
                        s.pairing.baseOnly, s.pairing.roverOnly);
@@ -255,12 +265,26 @@ std::string LeftOutBlock(const SolveResult& result) {
     return text.empty() ? text : "Left out\n" + text;
 }
 
+// What the data settle unless they ask for something else; not worth a line.
+session::Settings OrdinarySettings() {
+    session::Settings ordinary;
+    const session::EngineConfig engine;
+    ordinary.samplingInterval = engine.samplingInterval;
+    ordinary.galFreq1 = engine.galFreq1;
+    ordinary.galFreq2 = engine.galFreq2;
+    ordinary.ephemerisSource = session::EphemerisChoice::kBroadcast;
+    return ordinary;
+}
+
 // What differs from what was asked for, and why.
 std::string ForcedBlock(const session::Session& session) {
+    const session::Settings ordinary = OrdinarySettings();
     std::string text;
     for (const session::SettingSpec& spec : session::AllSettings()) {
         const auto origin = session.settings.origins.find(spec.name);
-        if (origin != session.settings.origins.end() && origin->second.kind == "data") {
+        const bool settled =
+            origin != session.settings.origins.end() && origin->second.kind == "data";
+        if (settled && spec.toml(session.settings.values) != spec.toml(ordinary)) {
             text += Wrapped("  ",
                             std::string(spec.name) + " = " + spec.toml(session.settings.values) +
                                 ": " + origin->second.detail,
@@ -276,17 +300,17 @@ std::string ModelLine(const SolveResult& result) {
         return {};
     }
     const int asked = result.session.config.slvmode;
-    std::string text = Format("Model %d, %s", r.solveModel, session::SolveModelName(r.solveModel));
+    std::string reason = "as asked for";
     if (asked == 0) {
-        text += " (automatic: ";
-        text += r.solveModel == 1 ? "a short baseline, or a receiver with one frequency)"
-                                  : "a long baseline and two frequencies)";
+        reason = r.solveModel == 1 ? "automatic: a short baseline, or one frequency"
+                                   : "automatic: a long baseline, two frequencies";
     } else if (asked != r.solveModel) {
-        text += Format(" (model %d was asked for: a receiver has one frequency)", asked);
-    } else {
-        text += " (as asked for)";
+        reason = Format("model %d was asked for: a receiver has one frequency", asked);
     }
-    return text + "\n";
+    return Wrapped("",
+                   Format("Model %d, %s (", r.solveModel, session::SolveModelName(r.solveModel)) +
+                       reason + ")",
+                   "  ");
 }
 
 std::string ChainText(const session::RunOutcome& outcome) {
@@ -341,7 +365,7 @@ std::string VerdictReason(const SolveResult& result) {
         case Acceptance::kFixed:
             return Format(
                 "%zu integer ambiguities, ratio %.1f against a threshold of %.1f: the "
-                "vector can be trusted to its standard deviations.",
+                "vector can be trusted (its standard deviations are formal ones).",
                 r.fixeds.back().ambiguities.size(), r.fixeds.back().ratio, threshold);
         case Acceptance::kFloat: {
             std::string text;

@@ -117,19 +117,28 @@ class Preparation {
                 continue;
             }
             any = any || pair[0].Usable();
-            for (const SignalPair& signal : pair) {
-                if (signal.Usable() && !signal.SameTracking()) {
-                    Note(std::string(NameOf(system)) + " band " + signal.rover->band +
-                         ": the receivers have no tracking code in common; base " +
-                         signal.base->Tracking() + ", rover " + signal.rover->Tracking());
-                }
-            }
+            NoteDifferentTracking(system, pair);
         }
         if (!any) {
             throw SessionFault(Fault::kNoCommonSignals,
                                "no system whose first signal both receivers observed with code and "
                                "phase",
                                "see `vornel info` for what the files hold, and --systems");
+        }
+    }
+
+    void NoteDifferentTracking(EngineSystem system,
+                               const std::array<SignalPair, kFrequencies>& pairs) {
+        std::string codes;
+        for (const SignalPair& pair : pairs) {
+            if (pair.Usable() && !pair.SameTracking()) {
+                codes += codes.empty() ? "" : ", ";
+                codes += pair.base->Tracking() + " and " + pair.rover->Tracking();
+            }
+        }
+        if (!codes.empty()) {
+            Note(std::string(NameOf(system)) + ": no tracking code in common; base and rover use " +
+                 codes);
         }
     }
 

@@ -321,7 +321,7 @@ std::vector<SettingSpec> MakeSettings() {
     const char* stations = "Stations";
     return {
         IntegerSetting("solve-mode", "slvmode", "0-6", model, &S::solveMode, 0, 6,
-                       "0 automatic, 1 L1, 2 L2, 3 both, 4 sum, 5 wide lane, 6 ionosphere-free"),
+                       "0 automatic, 1 L1, 2 L2, 3 both, 4 sum, 5 wide, 6 iono-free"),
         RealSetting("elevation-mask", "elevationMask", "DEG", model, &S::elevationMask,
                     {0.0, 90.0, "degrees"}, "elevation mask in degrees (15)"),
         SystemsSetting(),
@@ -411,12 +411,17 @@ const SettingSpec* FindSetting(const std::string& name) {
 }
 
 std::string NearestSettingName(const std::string& name) {
+    constexpr std::size_t kTelling = 3;  // letters that a part of a name must have
     std::string nearest;
     std::size_t best = std::numeric_limits<std::size_t>::max();
     for (const SettingSpec& spec : AllSettings()) {
-        for (const char* candidate : {spec.name, spec.engineField}) {
-            const std::size_t distance = EditDistance(name, candidate);
-            if (*candidate != '\0' && distance < best) {
+        for (const std::string candidate : {spec.name, spec.engineField}) {
+            if (candidate.empty()) {
+                continue;
+            }
+            const bool part = name.size() >= kTelling && candidate.find(name) != std::string::npos;
+            const std::size_t distance = part ? 0 : 1 + EditDistance(name, candidate);
+            if (distance < best) {
                 best = distance;
                 nearest = candidate;
             }
@@ -434,8 +439,10 @@ io::GpsTime ParseTime(const std::string& text) {
     const int length = static_cast<int>(text.size());
     if (std::sscanf(text.c_str(), "%d:%lf%n", &week, &seconds, &used) == 2 && used == length &&
         text.find('-') == std::string::npos) {
-        constexpr int kLastWeek = 6260;  // in 2099
-        if (week < 0 || week > kLastWeek || !(seconds >= 0.0 && seconds < io::kSecondsPerWeek)) {
+        // A smaller week would be the hour of "12:00".
+        constexpr int kFirstWeek = 100, kLastWeek = 6260;  // in 1981 and 2099
+        if (week < kFirstWeek || week > kLastWeek ||
+            !(seconds >= 0.0 && seconds < io::kSecondsPerWeek)) {
             throw SettingError(help);
         }
         return {week, seconds};

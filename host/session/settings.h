@@ -86,7 +86,7 @@ const std::vector<SettingSpec>& AllSettings();
 // By the option's name or the engine's field name. Null when there is none.
 const SettingSpec* FindSetting(const std::string& name);
 
-// The nearest name of a setting by edit distance, for "did you mean".
+// The nearest name of a setting, for "did you mean": one that holds `name`, else by edit distance.
 std::string NearestSettingName(const std::string& name);
 
 // Where a value came from: "default", "option", "file NAME:LINE", or "data: REASON".

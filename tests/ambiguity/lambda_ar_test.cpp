@@ -206,6 +206,9 @@ TEST(PartialResolutionTest, ARatioEqualToTheThresholdDoesNotPass) {
     EXPECT_EQ(result.kept, 4);
 }
 
+double SubsetRatio(const Problem& problem, const std::vector<int>& mask, double threshold,
+                   bool& passes);
+
 // ---- trials by agreement --------------------------------------------------------------------------------
 
 TEST(PartialResolutionTest, AnAgreementLevelThatPassesDropsWhatAgreesNoMore) {
@@ -214,6 +217,16 @@ TEST(PartialResolutionTest, AnAgreementLevelThatPassesDropsWhatAgreesNoMore) {
     const Resolution result = RunPar(10.0, problem);
     EXPECT_LT(RatioOfWhole(problem), 10.0);
     ExpectResolution(problem, result, 1, Without(6, {3}));
+}
+
+// The level does not pass with a ratio equal to the threshold; the elimination then takes one more, and does.
+TEST(PartialResolutionTest, ATrialEqualToTheThresholdDoesNotPass) {
+    const Ambiguity good{5.01, 0.001};
+    const Problem problem = Diagonal({good, good, good, {-2.7, 0.05}, good, good});
+    bool passes = true;
+    const double ratio = SubsetRatio(problem, Without(6, {3}), 1e6, passes);
+    EXPECT_FALSE(passes);
+    ExpectResolution(problem, RunPar(ratio, problem), 1, Without(6, {0, 3}));
 }
 
 // The weak one agrees in one pair, none in no pair: its gaps 19.2 and 20.8 come first, those of the next two, 40
@@ -244,6 +257,21 @@ TEST(PartialResolutionTest, AHigherLevelIsTriedWhenALowerOneFails) {
     const Resolution result = RunPar(10.0, problem);
     ASSERT_LT(RatioOf(problem, Without(7, {1})), 10.0);
     ExpectResolution(problem, result, 1, Without(7, {1, 3}));
+}
+
+// The second one lies at its integer, so that its cost is lost in the sum and the ratio is the same with and without
+// it. Its two alternatives stand side by side among the near candidates, so that it agrees in fewer pairs than any
+// other and is tried alone before the first goes with it.
+TEST(PartialResolutionTest, ALevelTrialEqualToTheWholeSetIsNoBetterOne) {
+    const Ambiguity good{5.2, 0.01};
+    const Problem problem =
+        Diagonal({{-3.29, 0.0525}, {1e-9, 0.08}, {4.2, 0.6 / 18.0}, good, good, good});
+    bool passes = false;
+    const double whole = SubsetRatio(problem, std::vector<int>(6, 1), 1.5, passes);
+    ASSERT_TRUE(passes);
+    ASSERT_LT(whole, 2.0);
+    ASSERT_EQ(SubsetRatio(problem, Without(6, {1}), 1.5, passes), whole);
+    ExpectResolution(problem, RunPar(1.5, problem), 1, Without(6, {0, 1}));
 }
 
 // One weak ambiguity takes the places up to the fifth candidate, a second one shows among the sixth to tenth.
@@ -333,6 +361,21 @@ TEST(PartialResolutionTest, ATrialAtOrBelowTheBarIsNotRecorded) {
     ExpectResolution(problem, RunPar(1e6, problem), 0, std::vector<int>(5, 1));
 }
 
+// Without the first, which no near candidate agrees on, and without the last, costs of 1, 1, 4 and 4 units are left
+// and a smallest gap of 8: the ratio is 18 / 10.
+TEST(PartialResolutionTest, ATrialAtExactlyTheBarIsNotRecorded) {
+    const double unit = std::ldexp(1.0, -15);
+    const Problem problem = Diagonal({{2.25, 32.0 * unit, 40},
+                                      {1.25, unit, 40},
+                                      {-4.25, unit, 40},
+                                      {0.25, unit / 4, 40},
+                                      {9.25, unit / 4, 40},
+                                      {3.25, unit / 4, 10}});
+    bool passes = false;
+    ASSERT_EQ(SubsetRatio(problem, Without(6, {0, 5}), 3.0, passes), 1.8);
+    ExpectResolution(problem, RunPar(3.0, problem), 0, std::vector<int>(6, 1));
+}
+
 // Five move together as before. The sixth follows the common shift by 1.3 cycles a cycle and tells shifts apart:
 // once it is gone, the ratio falls, yet stays above the bar.
 TEST(PartialResolutionTest, ALaterTrialAboveTheBarOverwritesABetterOne) {
@@ -352,9 +395,6 @@ TEST(PartialResolutionTest, ALaterTrialAboveTheBarOverwritesABetterOne) {
     ASSERT_GT(second, 1.8);
     ExpectResolution(problem, RunPar(1e6, problem), 0, Without(6, {0, 5}));
 }
-
-double SubsetRatio(const Problem& problem, const std::vector<int>& mask, double threshold,
-                   bool& passes);
 
 // The last ambiguity follows the first to a billionth of a cycle: the set has the same ratio, to the last bit in
 // some of these problems, with it and without it.

@@ -14,9 +14,7 @@ namespace vornel::reference {
 
 class TraceCapture {
   public:
-    explicit TraceCapture(int level)
-        : path_(testing::TempDir() + "vornel_trace_" +
-                testing::UnitTest::GetInstance()->current_test_info()->name() + ".txt") {
+    explicit TraceCapture(int level) : path_(PathOfTest()) {
         TraceClose();
         TraceOpen(path_.c_str());
         TraceSetLevel(level);
@@ -39,6 +37,13 @@ class TraceCapture {
     }
 
   private:
+    // One of its own for each test, as tests may run side by side.
+    static std::string PathOfTest() {
+        const testing::TestInfo& test = *testing::UnitTest::GetInstance()->current_test_info();
+        return testing::TempDir() + "vornel_trace_" + test.test_suite_name() + "_" + test.name() +
+               ".txt";
+    }
+
     void Close() {
         TraceClose();
         TraceSetLevel(0);

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <numeric>
+#include <string>
 #include <vector>
 
 #include "ambiguity/dense_reference.h"
@@ -176,6 +177,14 @@ TEST(PeriodEquationsTest, GlobalIndicesEndAtThePeriodsAndTheirSizes) {
     EXPECT_EQ(equations.GlobalIndexOf(1, 7), -1);  // the second 6
     EXPECT_EQ(equations.GlobalIndexOf(0, 7), 7);
     EXPECT_EQ(equations.GlobalIndexOf(1, 3), 8);
+}
+
+// Only indices above the size of the period are refused: the next place of its row is read as it stands.
+TEST(PeriodEquationsTest, TheIndexBehindTheLastParameterReadsTheTable) {
+    Session session(ShapeOf(2));
+    const std::size_t stride = 5 + 5;
+    session.tables.globalIndex[stride + 6] = 4242;
+    EXPECT_EQ(session.Equations().GlobalIndexOf(1, 6), 4242);
 }
 
 // The row of the widest period is full with five common parameters; nothing behind it may be read.

@@ -425,12 +425,14 @@ TEST_F(KeplerOrbit, OnlyGpsChecksTheRadius) {
         double radius;
         bool gpsUsable;
     };
-    for (const Case& one :
-         {Case{14.9e6, false}, Case{15.1e6, true}, Case{39.9e6, true}, Case{40.1e6, false}}) {
+    for (const Case& one : {Case{14999900.0, false}, Case{15000100.0, true}, Case{39999900.0, true},
+                            Case{40000100.0, false}}) {
         SCOPED_TRACE(one.radius);
         testing_support::ClearOrbitStores();
         KeplerEphemeris record = SampleKeplerRecord(30, kWeek, kToe);
         record.e = 0.0;
+        record.crs = 0.0;
+        record.crc = 0.0;
         record.sqrtA = std::sqrt(one.radius);
         GpsStore().AddEphemeris(record);
         BdsStore().AddEphemeris(record);
