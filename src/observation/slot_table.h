@@ -16,44 +16,33 @@ class SlotTable {
     static constexpr bool kSingle = Width == 1;
 
   public:
-    using ConstRow = std::conditional_t<kSingle, double, const double*>;
-    using Row = std::conditional_t<kSingle, double&, double*>;
+    // The values of one satellite: a number, or Width of them.
+    using Row = std::conditional_t<kSingle, double, double[Width]>;
 
     // The values of satellite number s + 1. Writing access gives the satellite a place.
-    ConstRow operator[](int s) const {
-        const double* row = storage_ ? storage_->RowOf(s) : kZeros;
-        if constexpr (kSingle) {
-            return *row;
-        } else {
-            return row;
-        }
-    }
-    Row operator[](int s) {
-        double* row = OwnStorage().NewRowOf(s);
-        if constexpr (kSingle) {
-            return *row;
-        } else {
-            return row;
-        }
-    }
+    const Row& operator[](int s) const { return storage_ ? storage_->RowOf(s).row : kZeros.row; }
+    Row& operator[](int s) { return OwnStorage().NewRowOf(s).row; }
 
     // Room for that many satellites.
-    void Reserve(std::size_t satellites) { OwnStorage().values.reserve((satellites + 1) * Width); }
+    void Reserve(std::size_t satellites) { OwnStorage().rows.reserve(satellites + 1); }
 
   private:
-    static constexpr double kZeros[Width] = {};
+    struct Values {
+        Row row = {};
+    };
+    inline static const Values kZeros{};
 
     struct Storage {
         std::uint8_t place[kSatelliteCount] = {};  // row of each satellite; 0: the row of zeros
-        std::vector<double> values = std::vector<double>(Width, 0.0);
+        std::vector<Values> rows = std::vector<Values>(1);
 
-        const double* RowOf(int s) const { return values.data() + std::size_t{place[s]} * Width; }
-        double* NewRowOf(int s) {
+        const Values& RowOf(int s) const { return rows[place[s]]; }
+        Values& NewRowOf(int s) {
             if (place[s] == 0) {
-                place[s] = static_cast<std::uint8_t>(values.size() / Width);
-                values.resize(values.size() + Width, 0.0);
+                place[s] = static_cast<std::uint8_t>(rows.size());
+                rows.emplace_back();
             }
-            return values.data() + std::size_t{place[s]} * Width;
+            return rows[place[s]];
         }
     };
 

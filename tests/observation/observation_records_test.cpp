@@ -35,20 +35,17 @@ class OnDirtyMemory {
     Record* record_;
 };
 
-template <std::size_t Rows, std::size_t Columns>
-void ExpectZero(const double (&values)[Rows][Columns]) {
-    static_assert(Rows == 135);
-    for (std::size_t s = 0; s < Rows; ++s) {
-        for (std::size_t f = 0; f < Columns; ++f) {
-            ASSERT_EQ(values[s][f], 0.0) << s << " " << f;
+template <int Width>
+void ExpectZero(const SlotTable<Width>& table) {
+    for (int s = 0; s < kSatelliteCount; ++s) {
+        for (int f = 0; f < Width; ++f) {
+            ASSERT_EQ(table[s][f], 0.0) << s << " " << f;
         }
     }
 }
-template <std::size_t Rows>
-void ExpectZero(const double (&values)[Rows]) {
-    static_assert(Rows == 135);
-    for (std::size_t s = 0; s < Rows; ++s) {
-        ASSERT_EQ(values[s], 0.0) << s;
+void ExpectZero(const SlotTable<1>& table) {
+    for (int s = 0; s < kSatelliteCount; ++s) {
+        ASSERT_EQ(table[s], 0.0) << s;
     }
 }
 
@@ -66,22 +63,19 @@ void ExpectFresh(const RWObsData& record) {
 }
 
 TEST(ObservationRecords, HaveOneSlotForEachSatelliteNumber) {
-    static_assert(std::extent_v<decltype(RWObsData::code)> == 135);
-    static_assert(std::extent_v<decltype(RWObsData::code), 1> == 2);
-    static_assert(std::extent_v<decltype(RWObsData::phase)> == 135);
+    static_assert(kSatelliteCount == 135);
+    static_assert(std::is_same_v<decltype(RWObsData::code), SlotTable<2>>);
+    static_assert(std::is_same_v<decltype(RWObsData::phase), SlotTable<2>>);
+    static_assert(std::is_same_v<SlotTable<2>::Row, double[2]>);
     static_assert(std::extent_v<decltype(RWObsData::glonassChannel)> == 32);
     static_assert(
         std::is_same_v<std::remove_extent_t<decltype(RWObsData::glonassChannel)>, std::int16_t>);
-    static_assert(std::extent_v<decltype(ZDObsData::satPos), 1> == 3);
-    static_assert(std::extent_v<decltype(ZDObsData::satVel), 1> == 3);
-    static_assert(std::extent_v<decltype(SDObsData::satPosA), 1> == 3);
+    static_assert(std::is_same_v<decltype(ZDObsData::satPos), SlotTable<3>>);
+    static_assert(std::is_same_v<decltype(ZDObsData::satVel), SlotTable<3>>);
+    static_assert(std::is_same_v<decltype(SDObsData::satPosA), SlotTable<3>>);
     static_assert(std::has_virtual_destructor_v<RWObsData>);
     static_assert(std::is_base_of_v<RWObsData, ZDObsData>);
     static_assert(std::is_base_of_v<RWObsData, SDObsData>);
-    // Flat: tens of kilobytes in the record itself.
-    EXPECT_GT(sizeof(ZDObsData), 15000U);
-    EXPECT_GT(sizeof(SDObsData), 20000U);
-    EXPECT_LT(sizeof(SDObsData), 100000U);
 }
 
 TEST(ObservationRecords, TheCommonBaseStartsEmpty) {
@@ -287,8 +281,8 @@ TEST(ReceiverInput, NumbersOutsideTheNumberingAreSkipped) {
     slots.FillInto(record);
     EXPECT_EQ(record.satList, (std::vector<int>{20}));
     double sum = 0.0;
-    for (const auto& pair : record.code) {
-        sum += pair[0] + pair[1];
+    for (int s = 0; s < kSatelliteCount; ++s) {
+        sum += record.code[s][0] + record.code[s][1];
     }
     EXPECT_EQ(sum, 2e7);
 }
