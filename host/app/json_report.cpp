@@ -419,7 +419,7 @@ nlohmann::ordered_json JsonReport(const SolveResult& result) {
             {"ionosphere", IonosphereJson(s)},
             {"left_out", LeftOutJson(result)},
             {"notes", s.notes},
-            {"warnings", s.warnings},
+            {"warnings", AllWarnings(result)},
             {"settings", SettingsJson(s.settings)},
             {"engine_config", EngineConfigJson(s.config)},
             {"inputs", FilesJson(s.inputs.files)},

@@ -321,6 +321,46 @@ std::string ChainText(const session::RunOutcome& outcome) {
     return text;
 }
 
+std::string FixedReason(const SolveResult& result) {
+    const Solution& fixed = result.outcome.results.fixeds.back();
+    const std::string fact =
+        Format("%zu integer ambiguities, ratio %.1f against a threshold of %.1f: ",
+               fixed.ambiguities.size(), fixed.ratio, result.session.config.ratioThreshold);
+    return fact + (result.outcome.warnings.empty()
+                       ? "the vector can be trusted (its standard deviations are formal ones)."
+                       : "but check it, " + result.outcome.warnings.front() + ".");
+}
+
+std::string FloatReason(const SolveResult& result) {
+    const session::EngineResults& r = result.outcome.results;
+    const session::EngineConfig& config = result.session.config;
+    const session::StatusEntry& end = session::DescribeStatus(r.status);
+    std::string fact = std::string("No integers: ") + end.text + ". ";
+    if (!r.fixeds.empty() && r.fixeds.back().ratio <= config.ratioThreshold) {
+        fact = Format("The integers are not certain: ratio %.2f against a threshold of %.1f. ",
+                      r.fixeds.back().ratio, config.ratioThreshold);
+    } else if (end.kind == session::StatusKind::kFloatDone) {
+        fact = Format("Too long to fix on one frequency (limit %.0f m). ", config.maxFixBaseline);
+    }
+    return fact +
+           "Expect decimetres rather than millimetres. A longer session, precise orbits, or "
+           "leaving "
+           "out bad satellites (--exclude) may help.";
+}
+
+std::string AdviceWithoutSolution(session::StatusKind kind) {
+    if (kind == session::StatusKind::kNoReference) {
+        return "No satellite was seen by both receivers long enough above the elevation mask on "
+               "the frequencies of the model; try a lower --elevation-mask or --min-epochs, or a "
+               "longer session.";
+    }
+    if (kind == session::StatusKind::kTripleDifferenceFailed) {
+        return "Too few satellites or epochs in common; a longer session or more systems may "
+               "help.";
+    }
+    return "See `vornel info` for what the files hold.";
+}
+
 }  // namespace
 
 std::string TrackingCodes(const session::SignalChoice& signals, EngineSystem system, bool rover) {
@@ -358,32 +398,12 @@ std::string Verdict(const session::RunOutcome& outcome) {
 }
 
 std::string VerdictReason(const SolveResult& result) {
-    const session::EngineResults& r = result.outcome.results;
-    const session::StatusEntry& end = session::DescribeStatus(r.status);
-    const double threshold = result.session.config.ratioThreshold;
+    const session::StatusEntry& end = session::DescribeStatus(result.outcome.results.status);
     switch (result.outcome.acceptance) {
         case Acceptance::kFixed:
-            return Format(
-                "%zu integer ambiguities, ratio %.1f against a threshold of %.1f: the "
-                "vector can be trusted (its standard deviations are formal ones).",
-                r.fixeds.back().ambiguities.size(), r.fixeds.back().ratio, threshold);
-        case Acceptance::kFloat: {
-            std::string text;
-            if (!r.fixeds.empty() && r.fixeds.back().ratio <= threshold) {
-                text = Format(
-                    "The integers are not certain: ratio %.2f against a threshold of "
-                    "%.1f. ",
-                    r.fixeds.back().ratio, threshold);
-            } else if (end.kind == session::StatusKind::kFloatDone) {
-                text = Format("Too long to fix on one frequency (limit %.0f m). ",
-                              result.session.config.maxFixBaseline);
-            } else {
-                text = std::string("No integers: ") + end.text + ". ";
-            }
-            return text +
-                   "Expect decimetres rather than millimetres. A longer session, precise orbits, "
-                   "or leaving out bad satellites (--exclude) may help.";
-        }
+            return FixedReason(result);
+        case Acceptance::kFloat:
+            return FloatReason(result);
         case Acceptance::kTripleDifference:
             return std::string(end.text) +
                    ". The triple difference is good to decimetres at best. A longer session or "
@@ -391,18 +411,13 @@ std::string VerdictReason(const SolveResult& result) {
         case Acceptance::kNone:
             break;
     }
-    std::string advice = "See `vornel info` for what the files hold.";
-    if (end.kind == session::StatusKind::kNoReference) {
-        advice =
-            "No satellite was seen by both receivers long enough above the elevation mask on "
-            "the frequencies of the model; try a lower --elevation-mask or --min-epochs, or a "
-            "longer session.";
-    } else if (end.kind == session::StatusKind::kTripleDifferenceFailed) {
-        advice =
-            "Too few satellites or epochs in common; a longer session or more systems may "
-            "help.";
-    }
-    return std::string(end.text) + ". " + advice;
+    return std::string(end.text) + ". " + AdviceWithoutSolution(end.kind);
+}
+
+std::vector<std::string> AllWarnings(const SolveResult& result) {
+    std::vector<std::string> warnings = result.session.warnings;
+    warnings.insert(warnings.end(), result.outcome.warnings.begin(), result.outcome.warnings.end());
+    return warnings;
 }
 
 std::string TextReport(const SolveResult& result) {
@@ -436,7 +451,7 @@ std::string TextReport(const SolveResult& result) {
         }
     };
     list("Notes", s.notes);
-    list("Warnings", s.warnings);
+    list("Warnings", AllWarnings(result));
     return text;
 }
 

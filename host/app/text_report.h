@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "app/solve_result.h"
 
@@ -15,6 +16,9 @@ std::string Verdict(const session::RunOutcome& outcome);
 
 // Why, and what to do about it when there is no fixed solution.
 std::string VerdictReason(const SolveResult& result);
+
+// Of the session and of the solution.
+std::vector<std::string> AllWarnings(const SolveResult& result);
 
 // "1C 2W": the tracking codes of one receiver for a system; "-" for a frequency without.
 std::string TrackingCodes(const session::SignalChoice& signals, session::EngineSystem system,

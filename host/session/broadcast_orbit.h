@@ -1,5 +1,6 @@
-// Satellite position and clock from a broadcast record, for the host's own single-point fix. The
-// engine has its own orbits; it is reached through its public header alone, which offers none.
+// Satellite position and clock from a broadcast record, for the host's own single-point fix and sky
+// plots. The engine has its own orbits; it is reached through its public header alone, which offers
+// none.
 #pragma once
 
 #include <optional>
@@ -14,9 +15,11 @@ struct SatelliteState {
     double clock = 0.0;  // s, satellite clock minus system time, with the relativistic term
 };
 
-// From the healthy record of the satellite nearest in time, at most 14400 s away (IS-GPS-200,
-// 20.3.3.4; Galileo OS-SIS-ICD, 5.1; BDS-SIS-ICD). Group delays are not applied. Nothing for
-// GLONASS, for the geostationary satellites of BeiDou, and without a record.
+// From the healthy record of the satellite nearest in time, at most 14400 s away. Keplerian orbits
+// as in IS-GPS-200 (20.3.3.4), Galileo OS-SIS-ICD (5.1) and BDS-SIS-ICD (5.2.4.12, geostationary
+// satellites too); GLONASS states integrated by a Runge-Kutta method in steps of at most 60 s
+// (GLONASS ICD, A.3.1.2), good to some metres. Group delays are not applied, and frames not
+// distinguished. Nothing without a record.
 std::optional<SatelliteState> BroadcastState(const Ephemerides& ephemerides,
                                              EngineSatellite satellite, const io::GpsTime& time);
 

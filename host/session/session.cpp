@@ -698,6 +698,26 @@ Acceptance Judge(const EngineResults& results, double ratioThreshold) {
     return results.tripleDifference.mode != 0 ? Acceptance::kTripleDifference : Acceptance::kNone;
 }
 
+std::vector<std::string> Doubts(const EngineResults& results, Acceptance acceptance) {
+    if (acceptance != Acceptance::kFixed) {
+        return {};
+    }
+    // Beside the reference satellites. With fewer the integers have next to no redundancy, and the
+    // ratio says little.
+    constexpr std::size_t kFew = 4;
+    std::set<std::pair<int, int>> satellites;
+    for (const ResidualSeries& series : results.fixeds.back().residuals) {
+        if (!series.points.empty()) {
+            satellites.emplace(series.system, series.prn);
+        }
+    }
+    if (satellites.size() >= kFew) {
+        return {};
+    }
+    return {"the fixed solution rests on " + Plural(satellites.size(), "satellite") +
+            " beside the reference; with so few a wrong fix can pass the ratio test"};
+}
+
 const Solution* RunOutcome::Best() const {
     switch (acceptance) {
         case Acceptance::kFixed:
@@ -739,6 +759,7 @@ RunOutcome Run(const Session& session, Engine& engine) {
         StatusChain(status, results.solveModel, RatioPassed(results, kWideLane, threshold),
                     RatioPassed(results, results.solveModel, threshold));
     outcome.acceptance = Judge(results, threshold);
+    outcome.warnings = Doubts(results, outcome.acceptance);
     return outcome;
 }
 

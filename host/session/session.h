@@ -128,7 +128,8 @@ struct RunOutcome {
     bool completed = true;   // false: an exception ended the run inside the engine
     std::vector<int> chain;  // the statuses on the way
     Acceptance acceptance = Acceptance::kNone;
-    double seconds = 0.0;  // the run took
+    double seconds = 0.0;               // the run took
+    std::vector<std::string> warnings;  // about the solution
 
     // The solution to be used: by acceptance the last fixed, the last float, the triple difference;
     // null with kNone.
@@ -139,5 +140,8 @@ RunOutcome Run(const Session& session, Engine& engine);
 
 // The decision alone, from the status and the solutions filed.
 Acceptance Judge(const EngineResults& results, double ratioThreshold);
+
+// What speaks against trusting the solution, one sentence each.
+std::vector<std::string> Doubts(const EngineResults& results, Acceptance acceptance);
 
 }  // namespace vornel::session

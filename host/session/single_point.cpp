@@ -13,7 +13,7 @@ constexpr double kSpeedOfLight = 299792458.0;   // m/s
 constexpr double kRotationRate = 7.2921151e-5;  // rad/s
 constexpr std::size_t kUnknowns = 3 + kEngineSystemCount;
 
-// Carrier frequencies in Hz (interface documents of the systems).
+// Carrier frequencies in Hz (interface documents of the systems); of GLONASS their ratio alone.
 double Frequency(EngineSystem system, std::size_t f, GalileoSignals galileo) {
     constexpr std::array<double, 6> kGalileo = {0.0,       1575.42e6,  1176.45e6,
                                                 1207.14e6, 1191.795e6, 1278.75e6};
@@ -25,7 +25,7 @@ double Frequency(EngineSystem system, std::size_t f, GalileoSignals galileo) {
         case EngineSystem::kGalileo:
             return kGalileo[static_cast<std::size_t>(f == 0 ? galileo.first : galileo.second)];
         case EngineSystem::kGlonass:
-            return 0.0;
+            return f == 0 ? 9.0 : 7.0;  // their ratio is that of every channel
     }
     return 0.0;
 }

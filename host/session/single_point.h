@@ -2,8 +2,7 @@
 // metres, to start from where the header gives no position and to check the one it gives.
 //
 // At each of up to 40 epochs, spread over the session, the position and one receiver clock per
-// system are estimated from GPS, Galileo and BeiDou (medium orbits) code; the ionosphere-free
-// combination where both frequencies are there, else the first frequency as it is. A standard
+// system are estimated from the code of all systems; the ionosphere-free combination where both frequencies are there, else the first frequency as it is. A standard
 // troposphere is taken off. The result is the median of the epochs in each coordinate, which a few
 // bad epochs do not move.
 #pragma once

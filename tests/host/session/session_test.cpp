@@ -11,6 +11,7 @@
 #include "io/observation_reader.h"
 #include "recording_engine.h"
 #include "session/fault.h"
+#include "session/sky.h"
 
 namespace vornel::session {
 namespace {
@@ -166,12 +167,27 @@ TEST(SessionPreparation, AMissingPositionIsFoundFromCode) {
     EXPECT_THAT(session.notes, testing::Contains(testing::HasSubstr("rover: the header has no")));
 }
 
+TEST(SessionPreparation, EverySystemAloneGivesAPosition) {
+    for (const EngineSystem system :
+         {EngineSystem::kGps, EngineSystem::kGlonass, EngineSystem::kGalileo}) {
+        ConfiguredSettings settings;
+        settings.values.systems = {false, false, false, false};
+        settings.values.systems[IndexOf(system)] = true;
+        const Session session = PrepareSession(ReadWettzell(), settings);
+        ASSERT_TRUE(session.base.codeFix) << NameOf(system);
+        EXPECT_LT(Length(Minus(session.base.codeFix->position, kWtzr)), 12.0) << NameOf(system);
+    }
+}
+
 TEST(SessionPreparation, WithoutAnyPositionThereIsAFault) {
     Inputs inputs = ReadWettzell();
+    // Three satellites of one system are too few for a position.
     inputs.rover.stations[0].approximatePosition.reset();
-    // GLONASS alone gives the host no position.
+    std::erase_if(inputs.navigation[0].kepler, [](const io::KeplerRecord& record) {
+        return record.satellite.system != io::GnssSystem::kGps || record.satellite.number > 8;
+    });
     ConfiguredSettings settings;
-    settings.values.systems = {false, true, false, false};
+    settings.values.systems = {true, false, false, false};
     try {
         PrepareSession(std::move(inputs), settings);
         FAIL() << "no fault";
@@ -275,6 +291,30 @@ TEST(SessionPreparation, HourlyPiecesJoinIntoTheWhole) {
     }
 }
 
+TEST(Sky, SatellitesStandWhereTheStationSawThem) {
+    const Session session = PrepareSession(ReadWettzell(), {});
+    Engine engine(test::RecordingEngine());
+    const FeedSummary fed = Feed(session, engine, {});
+    const auto tracks = SkyTracks(session, fed, 300.0);
+    EXPECT_GT(tracks.size(), 25U);
+    for (const auto& [satellite, points] : tracks) {
+        for (const SkyPoint& point : points) {
+            // What is observed is above the horizon.
+            EXPECT_GT(point.elevation, -0.01) << ToString(satellite);
+            EXPECT_LE(point.elevation, M_PI / 2.0);
+            EXPECT_TRUE(point.azimuth >= 0.0 && point.azimuth < 2.0 * M_PI);
+        }
+        EXPECT_LE(points.size(), 12U);
+    }
+    // C05 at 58.75 degrees east: azimuth and elevation of a geostationary place over Wettzell.
+    const auto geo = tracks.find({EngineSystem::kBds, 5});
+    ASSERT_NE(geo, tracks.end());
+    const Geodetic place = ToGeodetic(kWtzr);
+    const double dlon = 58.75 * M_PI / 180.0 - place.longitude;
+    const double azimuth = M_PI - std::atan(std::tan(dlon) / std::sin(place.latitude));
+    EXPECT_NEAR(geo->second[0].azimuth, azimuth, 0.05);
+}
+
 Solution SolutionOf(int mode, double ratio) {
     Solution solution;
     solution.mode = mode;
@@ -300,6 +340,21 @@ TEST(Judgement, AFixMustPassTheRatioOfTheLastModel) {
     results.floats.pop_back();
     results.fixeds[0].ratio = 1.2;
     EXPECT_EQ(Judge(results, 1.8), Acceptance::kFloat);
+}
+
+TEST(Judgement, AFixOnFewSatellitesIsSaidToBeDoubtful) {
+    EngineResults results;
+    results.status = 81;
+    Solution fixed = SolutionOf(1, 9.0);
+    for (int prn = 1; prn <= 3; ++prn) {
+        fixed.residuals.push_back({1, prn, 0, {{2111, 0.0, 1}}});
+    }
+    results.fixeds = {fixed};
+    results.floats = {SolutionOf(1, 0.0)};
+    EXPECT_THAT(Doubts(results, Acceptance::kFixed),
+                testing::ElementsAre(testing::HasSubstr("3 satellites")));
+    results.fixeds[0].residuals.push_back({8, 1, 0, {{2111, 0.0, 1}}});
+    EXPECT_TRUE(Doubts(results, Acceptance::kFixed).empty());
 }
 
 TEST(Judgement, AnEngineWithoutSolverIsNotAsked) {
