@@ -2,6 +2,8 @@
 // drop out, and a look at what the stages made of it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
