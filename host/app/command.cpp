@@ -145,11 +145,24 @@ int ConfigCommand(ConfigArguments arguments, const Surroundings& around) {
     return 0;
 }
 
+int Fail(const Surroundings& around, ExitCode code, const std::string& text,
+         const std::string& hint = {}) {
+    around.err << "vornel: " << text << (hint.empty() ? "" : "; " + hint) << "\n";
+    return static_cast<int>(code);
+}
+
+// Tells of every file that can be read; the first that cannot be gives the exit code.
 int InfoCommand(const InfoArguments& arguments, const Surroundings& around) {
+    int code = 0;
     for (const std::string& file : arguments.files) {
-        around.out << InfoReport(file);
+        try {
+            around.out << InfoReport(file);
+        } catch (const io::InputError& error) {
+            const int failed = Fail(around, CodeOf(error.fault()), error.what());
+            code = code == 0 ? failed : code;
+        }
     }
-    return 0;
+    return code;
 }
 
 int Dispatch(const std::vector<std::string>& words, const Surroundings& around) {
@@ -165,12 +178,6 @@ int Dispatch(const std::vector<std::string>& words, const Surroundings& around) 
     }
     around.out << std::get<TextArguments>(arguments).text;
     return 0;
-}
-
-int Fail(const Surroundings& around, ExitCode code, const std::string& text,
-         const std::string& hint = {}) {
-    around.err << "vornel: " << text << (hint.empty() ? "" : "; " + hint) << "\n";
-    return static_cast<int>(code);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kFineTuning = "Fine tuning";
 
 std::string OptionLine(const session::SettingSpec& spec) {
-    constexpr std::size_t kColumn = 32;
+    constexpr std::size_t kColumn = 28;
     std::string line = std::string("  --") + spec.name + " " + spec.argument;
     line.resize(std::max(line.size() + 1, kColumn), ' ');
     return line + spec.help + "\n";
@@ -28,7 +28,7 @@ std::string SettingLines(bool all) {
         }
     }
     if (!all) {
-        return text + "  --help-all                    the options for fine tuning too\n";
+        return text + "  --help-all                the options for fine tuning too\n";
     }
     return text + "\n" + kFineTuning + "\n" + tuning;
 }
@@ -82,14 +82,14 @@ Example
     }
     return R"(vornel solve --base FILE --rover FILE FILE... [OPTIONS]
 
-  --base FILE                   observations of the base (again for more files)
-  --rover FILE                  observations of the rover (again for more files)
-  FILE...                       navigation, precise orbits, antennas, further
-                                observations of the two stations
-  --config FILE                 settings in TOML, named as the options
-  --json FILE, --csv FILE       everything as JSON, residuals as CSV ("-": stdout)
-  --trace FILE, --trace-level N the engine's trace, level 0 to 5 (4)
-  --verbose                     also show what the engine says
+  --base FILE               observations of the base (again for more files)
+  --rover FILE              observations of the rover (again for more files)
+  FILE...                   navigation, precise orbits, antennas, further
+                            observations of the two stations
+  --config FILE             settings in TOML, named as the options
+  --json FILE, --csv FILE   all as JSON, residuals as CSV ("-": standard output)
+  --trace FILE              the engine's trace; --trace-level N from 0 to 5 (4)
+  --verbose                 also show what the engine says
 
 )" + SettingLines(all) +
            R"(

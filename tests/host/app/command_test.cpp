@@ -2,7 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/exit_codes.h"
 #include "command_fixture.h"
+#include "session/settings.h"
 
 namespace vornel::app {
 namespace {
@@ -32,11 +34,34 @@ TEST_F(Command, HelpFitsAScreen) {
         const test::Answer answer = Vornel(words);
         EXPECT_EQ(answer.code, 0);
         EXPECT_LE(Lines(answer.out), 40U) << answer.out;
-        EXPECT_LE(LongestLine(answer.out), 100U) << answer.out;
+        EXPECT_LE(LongestLine(answer.out), 80U) << answer.out;
         EXPECT_THAT(answer.out, HasSubstr("vornel"));
     }
     EXPECT_THAT(Vornel({"solve", "--help-all"}).out, HasSubstr("--slip-test-cap"));
     EXPECT_THAT(Vornel({"--version"}).out, testing::StartsWith("vornel "));
+}
+
+TEST_F(Command, ManualAndCompletionKnowEveryOption) {
+    const auto share = test::ProjectFolder() / "host" / "share";
+    const std::string manual = Read((share / "vornel.1").string());
+    const std::string completion = Read((share / "vornel.bash").string());
+    std::vector<std::string> options = {"base", "rover", "config",      "json",
+                                        "csv",  "trace", "trace-level", "verbose"};
+    for (const session::SettingSpec& spec : session::AllSettings()) {
+        options.emplace_back(spec.name);
+    }
+    for (const std::string& option : options) {
+        std::string inManual = option;
+        for (std::size_t at = 0; (at = inManual.find('-', at)) != std::string::npos; at += 2) {
+            inManual.insert(at, "\\");
+        }
+        EXPECT_THAT(manual, HasSubstr("\\-\\-" + inManual)) << option;
+        EXPECT_THAT(completion, HasSubstr("--" + option + " ")) << option;
+    }
+    for (const ExitCodeEntry& entry : AllExitCodes()) {
+        EXPECT_THAT(manual, HasSubstr("\n.B " + std::to_string(static_cast<int>(entry.code)) +
+                                      "\n" + entry.meaning + "\n"));
+    }
 }
 
 TEST_F(Command, ConfigTellsWhereValuesComeFrom) {
@@ -91,6 +116,14 @@ TEST_F(Command, InfoTellsWhatIsInAFile) {
     const test::Answer navigation = Vornel({"info", DemoNavigation()});
     EXPECT_THAT(navigation.out, testing::ContainsRegex("GPS LNAV +[0-9]+ records of"));
     EXPECT_THAT(navigation.out, HasSubstr("Leap seconds  18"));
+}
+
+TEST_F(Command, InfoGoesOnAfterABadFile) {
+    const test::Answer answer =
+        Vornel({"info", Write("empty.rnx", ""), Path("none.rnx"), DemoNavigation()});
+    EXPECT_EQ(answer.code, 22);
+    EXPECT_EQ(Lines(answer.err), 2U) << answer.err;
+    EXPECT_THAT(answer.out, HasSubstr("RINEX navigation file"));
 }
 
 TEST_F(Command, InfoNamesGaps) {
