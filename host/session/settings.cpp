@@ -321,7 +321,7 @@ std::vector<SettingSpec> MakeSettings() {
     const char* stations = "Stations";
     return {
         IntegerSetting("solve-mode", "slvmode", "0-6", model, &S::solveMode, 0, 6,
-                       "0 auto 1 L1 2 L2 3 both 4 sum 5 wide lane 6 iono-free"),
+                       "0 auto 1 L1 2 L2 3 both 4 sum 5 wide 6 iono-free"),
         RealSetting("elevation-mask", "elevationMask", "DEG", model, &S::elevationMask,
                     {0.0, 90.0, "degrees"}, "elevation mask in degrees (15)"),
         SystemsSetting(),
