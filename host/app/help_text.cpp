@@ -40,7 +40,7 @@ std::string GeneralHelp() {
 
   vornel solve --base FILE --rover FILE FILE...   solve a baseline
   vornel info FILE...                             what is in a file
-  vornel config [OPTIONS]                         print the configuration as TOML
+  vornel config [OPTIONS]                         print the settings as TOML
   vornel COMMAND --help                           more about a command
   vornel --version
 
@@ -49,7 +49,7 @@ navigation, SP3 orbits, ANTEX antennas; plain or as .gz, .Z, .bz2, .xz or .zip.
 
 Examples
   vornel solve --base WTZR.rnx --rover WTZZ.rnx BRDC.rnx
-  vornel solve --base a.22o.gz --rover b.22o.gz brdc.22n.gz igs.atx --json out.json
+  vornel solve --base a.22o.gz --rover b.22o.gz nav.22n.gz igs.atx --json o.json
   vornel info *.rnx
 
 Exit codes: 0 fixed, 3 float, 4 to 7 no fixed or float solution, 2 usage, 20 and
