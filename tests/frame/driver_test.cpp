@@ -375,9 +375,9 @@ TEST_F(Driver, TheReservedFlagPutsThePreliminaryBaselineBeforeTheTripleDifferenc
     Control().reservedProcessFlag = 1;
     // Otherwise the observed differences are those of the model to the last digit.
     for (std::size_t i = 0; i < Control().epochs.size(); ++i) {
-        for (std::size_t s = 0; s < 7; ++s) {
+        for (int s = 0; s < 7; ++s) {
             Control().epochs[i].sdObserved[s] +=
-                0.01 * std::sin(static_cast<double>(3 * i + 7 * s));
+                0.01 * std::sin(3.0 * static_cast<double>(i) + 7.0 * s);
         }
     }
     EXPECT_EQ(Start().status, 81);
@@ -392,8 +392,8 @@ TEST_F(Driver, AFailedPreliminaryBaselineEndsAt14) {
     Control().reservedProcessFlag = 1;
     Control().config.codeStd = 1e-6;
     for (std::size_t i = 0; i < Control().epochs.size(); ++i) {
-        for (std::size_t s = 0; s < 7; ++s) {
-            Control().epochs[i].sdObserved[s] += std::sin(static_cast<double>(3 * i + 7 * s));
+        for (int s = 0; s < 7; ++s) {
+            Control().epochs[i].sdObserved[s] += std::sin(3.0 * static_cast<double>(i) + 7.0 * s);
         }
     }
     const Outcome outcome = Start();

@@ -654,7 +654,7 @@ TEST_F(EpochInput, TheBaseIsCorrectedFromTheBaseAndTheRoverFromTheRover) {
     Hand(Observe(rover_, true), kSeconds, Observe(base_, true), kSeconds);
     const SDObsData& epoch = Control().epochs.at(0);
     for (const auto& [number, position] : sky_) {
-        const auto s = static_cast<std::size_t>(number - 1);
+        const int s = number - 1;
         // The earth turns by some 5 microradians while the signal travels; the stations are a kilometre apart.
         const XYZPosition turnedRover(epoch.satPosA[s]), turnedBase(epoch.satPosB[s]);
         EXPECT_NEAR(epoch.sdRange[s], Distance(turnedRover, rover_) - Distance(turnedBase, base_),

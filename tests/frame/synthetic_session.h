@@ -195,7 +195,7 @@ class SyntheticSession {
 
     void Observe(SDObsData& epoch, const SyntheticSatellite& satellite, double seconds,
                  std::mt19937& random) const {
-        const auto s = static_cast<std::size_t>(satellite.number - 1);
+        const int s = satellite.number - 1;
         for (auto* list :
              {&epoch.satList, &epoch.satListF1, &epoch.satListF2, &epoch.satListDual}) {
             list->push_back(satellite.number);
