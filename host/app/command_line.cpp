@@ -75,7 +75,12 @@ void ApplyOptions(const SettingWords& given, session::ConfiguredSettings& settin
     }
 }
 
-void RequireOrder(const session::Settings& settings) {
+// Values that are right each by itself and wrong together.
+void RequireSense(const session::Settings& settings) {
+    constexpr int kE1 = 1;
+    if (settings.galFreq2 && *settings.galFreq2 == settings.galFreq1.value_or(kE1)) {
+        throw UsageError("--gal-freq1 and --gal-freq2 name the same signal");
+    }
     if (settings.start && settings.end && *settings.end < *settings.start) {
         throw UsageError("--end lies before --start");
     }
@@ -99,7 +104,7 @@ session::ConfiguredSettings Configured(const FileWords& files, const SettingWord
         ReadTomlConfig(files.config, settings);
     }
     ApplyOptions(given, settings);
-    RequireOrder(settings.values);
+    RequireSense(settings.values);
     return settings;
 }
 

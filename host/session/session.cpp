@@ -96,15 +96,10 @@ class Preparation {
         s_.galileo.first = values.galFreq1.value_or(1);
         s_.galileo.second = values.galFreq2.value_or(
             SecondGalileoSignal(s_.inputs.rover, s_.inputs.base, s_.galileo.first));
-        constexpr int kDefaultSecond = 2;
-        if (!values.galFreq2 && s_.galileo.second != kDefaultSecond) {
-            Force("gal-freq2", std::string("both receivers have ") +
-                                   GalileoSignalName(s_.galileo.second) + ", not both E5a");
-        }
-        if (s_.galileo.first == s_.galileo.second) {
-            // The engine replaces an equal second signal by E5a.
-            s_.galileo.second = kDefaultSecond;
-            Force("gal-freq2", "equal to gal-freq1");
+        if (!values.galFreq2) {
+            Force("gal-freq2", std::string("the first of E5a, E5b, E5, E6, E1 that both receivers "
+                                           "have: ") +
+                                   GalileoSignalName(s_.galileo.second));
         }
         values.galFreq1 = s_.galileo.first;
         values.galFreq2 = s_.galileo.second;

@@ -194,14 +194,14 @@ SignalChoice ChooseSignals(const io::Observations& rover, const io::Observations
 }
 
 int SecondGalileoSignal(const io::Observations& rover, const io::Observations& base, int first) {
-    constexpr int kE5a = 2, kE6 = 5;
-    for (int number = kE5a; number <= kE6; ++number) {
+    constexpr std::array<int, 5> kOrder = {2, 3, 4, 5, 1};  // E5a, E5b, E5, E6, E1
+    for (const int number : kOrder) {
         if (number != first &&
             ChooseOnBand(rover, base, EngineSystem::kGalileo, GalileoBand(number)).Usable()) {
             return number;
         }
     }
-    return kE5a;
+    return first == kOrder[0] ? kOrder[1] : kOrder[0];
 }
 
 SignalReader::SignalReader(const io::Observations& observations, const SignalChoice& choice,

@@ -60,7 +60,8 @@ const char* GalileoSignalName(int number);
 SignalChoice ChooseSignals(const io::Observations& rover, const io::Observations& base,
                            GalileoSignals galileo);
 
-// The first of E5a, E5b, E5, E6 (other than `first`) that both receivers observed; E5a if none.
+// The first of E5a, E5b, E5, E6, E1 (other than `first`) that both receivers observed; if none, the
+// first of these.
 int SecondGalileoSignal(const io::Observations& rover, const io::Observations& base, int first);
 
 // The values of the chosen signals of one satellite at one epoch; 0.0 where absent or out of the

@@ -312,6 +312,7 @@ TEST_F(BadInput, Usage) {
     Expect(DemoSolve({"--start", "yesterday"}), 2,
            "--start: 'yesterday' is no time; write 2020-06-25T00:10:00 or WEEK:SECONDS, in GPS "
            "time");
+    Expect(DemoSolve({"--gal-freq2", "1"}), 2, "--gal-freq1 and --gal-freq2 name the same signal");
     Expect(DemoSolve({"--gal-freq2", "6"}), 2, "--gal-freq2: '6' is outside 1 to 5");
     ExpectBeginning(DemoSolve({"--trace-level", "3"}), 2, "--trace-level requires --trace");
     ExpectBeginning(DemoSolve({"--trace", Path("t"), "--trace-level", "9"}), 2, "--trace-level: ");

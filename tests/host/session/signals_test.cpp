@@ -118,6 +118,12 @@ TEST(Signals, GalileoBandsAreThoseConfigured) {
     EXPECT_EQ(pairs({4, 1})[0].base->Tracking(), "8Q");
     EXPECT_EQ(SecondGalileoSignal(made(), made(), 1), 3);
     EXPECT_EQ(SecondGalileoSignal(made(), made(), 3), 4);
+    const auto e1 = ObservationMaker("C1C L1C")
+                        .Epoch(2111, 0)
+                        .Satellite(GnssSystem::kGalileo, 1, {kCode, kPhase})
+                        .Done();
+    EXPECT_EQ(SecondGalileoSignal(e1, e1, 2), 1);
+    EXPECT_EQ(SecondGalileoSignal(e1, e1, 1), 2);
 }
 
 TEST(Signals, ValuesOutsideTheBoundsAreMissing) {
