@@ -141,8 +141,8 @@ class StagedSession {
     using Phases = std::array<std::array<double, 2>, kSatelliteCount>;
     static Phases PhasesOf(const SDObsData& epoch) {
         Phases phases;
-        for (std::size_t s = 0; s < phases.size(); ++s) {
-            phases[s] = {epoch.phase[s][0], epoch.phase[s][1]};
+        for (int s = 0; s < kSatelliteCount; ++s) {
+            phases[static_cast<std::size_t>(s)] = {epoch.phase[s][0], epoch.phase[s][1]};
         }
         return phases;
     }
