@@ -122,6 +122,7 @@ class AntennaReader {
         }
     }
 
+    // GPS time; dates before it began, as the first satellites have, are its origin.
     GpsTime ReadTime() const {
         const std::string_view line = cursor_.line().substr(0, 60);
         std::array<std::optional<int>, 5> parts;
@@ -130,6 +131,9 @@ class AntennaReader {
         }
         const auto second = ParseReal(Field(line, 30, 13));
         const bool dated = parts[0] && parts[1] && parts[2];
+        if (dated && *parts[0] >= 1957 && *parts[0] < 1980) {
+            return {0, 0.0};
+        }
         const auto time = dated
                               ? FromCalendar({*parts[0], *parts[1], *parts[2], parts[3].value_or(0),
                                               parts[4].value_or(0), second.value_or(0.0)})

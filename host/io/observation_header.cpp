@@ -24,11 +24,14 @@ std::vector<std::string_view> Words(std::string_view text) {
     return words;
 }
 
-// Three numbers of 14 columns each; blank ones are zero.
+// Three numbers: three words where the line has them, as some writers shift the columns; else by the
+// columns of the format, 14 each, where blank ones are zero.
 std::array<double, 3> ReadTriple(const LineCursor& cursor, const char* what) {
+    const std::string_view line = cursor.line().substr(0, 60);
+    const auto words = Words(line);
     std::array<double, 3> triple{};
     for (std::size_t i = 0; i < 3; ++i) {
-        const std::string_view field = Field(cursor.line().substr(0, 60), 14 * i, 14);
+        const std::string_view field = words.size() == 3 ? words[i] : Field(line, 14 * i, 14);
         if (IsBlank(field)) {
             continue;
         }

@@ -68,7 +68,11 @@ class RinexReader {
         header_.ReadAll(cursor_);
         builder_.UseHeader(header_, cursor_);
         while (cursor_.Next()) {
-            if (!Trim(cursor_.line()).empty()) {
+            const std::string_view text = Trim(cursor_.line());
+            if (text == "END OF FILE") {
+                builder_.Note(cursor_.number(),
+                              "the line END OF FILE is not of the format; ignored");
+            } else if (!text.empty()) {
                 ReadEpoch();
             }
         }
