@@ -373,6 +373,14 @@ Json FilesJson(const std::vector<session::InputFile>& files) {
     return list;
 }
 
+Json FileNotesJson(const session::Inputs& inputs) {
+    Json list = Json::array();
+    for (const session::FileNote& note : session::NotesOfReaders(inputs)) {
+        list.push_back({{"file", note.file}, {"line", note.line}, {"text", note.text}});
+    }
+    return list;
+}
+
 Json SolutionsJson(const SolveResult& result) {
     const session::EngineResults& r = result.outcome.results;
     const session::Station& base = result.session.base;
@@ -423,6 +431,7 @@ nlohmann::ordered_json JsonReport(const SolveResult& result) {
             {"settings", SettingsJson(s.settings)},
             {"engine_config", EngineConfigJson(s.config)},
             {"inputs", FilesJson(s.inputs.files)},
+            {"file_notes", FileNotesJson(s.inputs)},
             {"solutions", SolutionsJson(result)},
             {"engine_lines", result.engineLines}};
 }

@@ -414,6 +414,22 @@ std::string VerdictReason(const SolveResult& result) {
     return std::string(end.text) + ". " + AdviceWithoutSolution(end.kind);
 }
 
+std::vector<std::string> AllNotes(const SolveResult& result) {
+    constexpr std::size_t kShown = 5;
+    std::vector<std::string> notes = result.session.notes;
+    const auto ofReaders = session::NotesOfReaders(result.session.inputs);
+    for (std::size_t i = 0; i < std::min(kShown, ofReaders.size()); ++i) {
+        const session::FileNote& note = ofReaders[i];
+        const std::string line = note.line > 0 ? Format(":%zu", note.line) : std::string();
+        notes.push_back(FileName(note.file) + line + ": " + note.text);
+    }
+    if (ofReaders.size() > kShown) {
+        notes.push_back(
+            Format("and %zu more notes on the files, see --json", ofReaders.size() - kShown));
+    }
+    return notes;
+}
+
 std::vector<std::string> AllWarnings(const SolveResult& result) {
     std::vector<std::string> warnings = result.session.warnings;
     warnings.insert(warnings.end(), result.outcome.warnings.begin(), result.outcome.warnings.end());
@@ -450,7 +466,7 @@ std::string TextReport(const SolveResult& result) {
             }
         }
     };
-    list("Notes", s.notes);
+    list("Notes", AllNotes(result));
     list("Warnings", AllWarnings(result));
     return text;
 }

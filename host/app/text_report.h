@@ -17,6 +17,9 @@ std::string Verdict(const session::RunOutcome& outcome);
 // Why, and what to do about it when there is no fixed solution.
 std::string VerdictReason(const SolveResult& result);
 
+// Of the session, and the first ones of the readers.
+std::vector<std::string> AllNotes(const SolveResult& result);
+
 // Of the session and of the solution.
 std::vector<std::string> AllWarnings(const SolveResult& result);
 

@@ -171,6 +171,28 @@ const char* RoleName(FileRole role) {
     return "file";
 }
 
+std::vector<FileNote> NotesOfReaders(const Inputs& inputs) {
+    std::vector<FileNote> all;
+    const auto take = [&all](const std::string& file, const std::vector<io::InputNote>& notes) {
+        for (const io::InputNote& note : notes) {
+            all.push_back({file, note.line, note.text});
+        }
+    };
+    take(inputs.base.file, inputs.base.notes);
+    take(inputs.rover.file, inputs.rover.notes);
+    for (const io::Navigation& file : inputs.navigation) {
+        take(file.file, file.notes);
+        take(file.file, file.dropped);
+    }
+    for (const io::PreciseOrbits& file : inputs.orbits) {
+        take(file.file, file.notes);
+    }
+    for (const io::AntennaFile& file : inputs.antennas) {
+        take(file.file, file.notes);
+    }
+    return all;
+}
+
 Inputs ReadInputs(const InputPaths& paths, const io::ObservationSelection& selection) {
     return Reader(selection).Read(paths);
 }

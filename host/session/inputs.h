@@ -43,6 +43,16 @@ struct Inputs {
     std::vector<InputFile> files;
 };
 
+// What a reader said of a file that it read.
+struct FileNote {
+    std::string file;
+    std::size_t line = 0;  // counts from 1; 0 when no line is meant
+    std::string text;
+};
+
+// Of all files, in the order of their roles; records dropped as unreadable too.
+std::vector<FileNote> NotesOfReaders(const Inputs& inputs);
+
 // Reads everything. A file given for a station must hold observations. The other files are told by
 // content; an observation file among them joins the station whose marker name it carries. A path
 // given twice is read once. Throws io::InputError and SessionFault.

@@ -238,6 +238,26 @@ TEST_F(Baselines, PiecesOfAStationGiveTheWhole) {
     EXPECT_EQ(pieces.at("session").at("epochs"), 120);
 }
 
+TEST_F(Baselines, WhatTheReadersSayIsPassedOn) {
+    // A navigation record whose numbers cannot be read.
+    std::string navigation = Unpacked(DemoNavigation());
+    const std::size_t record = navigation.find("\nG05 ") + 1;
+    const auto line = std::count(navigation.begin(),
+                                 navigation.begin() + static_cast<std::ptrdiff_t>(record), '\n');
+    navigation.replace(record + 25, 4, "abcd");
+    auto words = DemoSolve();
+    words[5] = Write("nav.rnx", navigation);
+    const auto json = Solve(words, 0);
+    ASSERT_FALSE(json.at("file_notes").empty());
+    const auto& note = json.at("file_notes").front();
+    EXPECT_EQ(note.at("file"), words[5]);
+    EXPECT_EQ(note.at("line"), line + 1);
+    EXPECT_EQ(json.at("orbits").at("broadcast").at("records_dropped").at("unreadable in the file"),
+              1);
+    EXPECT_THAT(text_, testing::HasSubstr("1 unreadable in the file"));
+    EXPECT_THAT(text_, testing::HasSubstr("nav.rnx:" + std::to_string(line + 1) + ": "));
+}
+
 TEST_F(Baselines, ExclusionsLeaveNoTrace) {
     const auto json = Solve(
         DemoSolve({"--exclude", "G15", "--exclude", "E30@2020-06-25T00:00/2020-06-25T00:30"}), 0);
