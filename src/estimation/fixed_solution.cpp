@@ -374,9 +374,9 @@ matrixT CovOfDoubleDifferences(const int* counts, int systemCount, const std::ve
     for (int system = 0; system < systemCount; ++system) {
         const int end = first + counts[system];
         for (int i = first; i < end; ++i) {
-            for (int j = first; j < end; ++j) {
-                C(Index(i), Index(j)) = i == j ? qr[Slot(i)] + qs[Slot(i)] : qr[Slot(i)];
-            }
+            double* row = C.MutableRow(Index(i));
+            std::fill(row + first, row + end, qr[Slot(i)]);
+            row[i] = qr[Slot(i)] + qs[Slot(i)];
         }
         first = end;
     }
@@ -443,8 +443,10 @@ void ApplyWeights(int size, const std::vector<double>& weights, matrixT& D) {
 matrixT WeightFromCovariance(double sigma, const matrixT& C, matrixT D) {
     matrixT P = !C * (sigma * sigma);
     for (std::uint32_t i = 0; i < P.RowCount(); ++i) {
+        double* row = P.MutableRow(i);
+        const double weight = D.RowValues(i)[i];
         for (std::uint32_t j = 0; j < P.ColCount(); ++j) {
-            P(i, j) *= std::sqrt(D(i, i) * D(j, j));
+            row[j] *= std::sqrt(weight * D.RowValues(j)[j]);
         }
     }
     return P;

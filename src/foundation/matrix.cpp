@@ -82,6 +82,14 @@ const double* matrixT::RowValues(std::uint32_t row) const {
     return rep_->rows[row];
 }
 
+double* matrixT::MutableRow(std::uint32_t row) {
+    if (row >= rep_->rowCount) {
+        throw matrix_error(kIndexMessage);
+    }
+    UnshareIfShared();
+    return rep_->rows[row];
+}
+
 matrixT matrixT::DeepCopy() const {
     return matrixT(rep_->rowCount, rep_->colCount, rep_->rows);
 }
@@ -226,16 +234,17 @@ matrixT matrixT::operator!() const {
         }
         std::swap(left[k], left[pivotRow]);
         std::swap(right[k], right[pivotRow]);
-        DivideRow(left[k], n, pivot);
+        // What stands left of the pivot is done with.
+        DivideRow(left[k] + k, n - k, pivot);
         DivideRow(right[k], n, pivot);
-        const bool finite = IsFinite(left[k], n) && IsFinite(right[k], n);
+        const bool finite = IsFinite(left[k] + k, n - k) && IsFinite(right[k], n);
         for (std::uint32_t i = 0; i < n; ++i) {
             const double factor = left[i][k];
             // Nothing times a finite row leaves the others as they are.
             if (i == k || (factor == 0.0 && finite)) {
                 continue;
             }
-            SubtractMultiple(left[i], left[k], n, factor);
+            SubtractMultiple(left[i] + k, left[k] + k, n - k, factor);
             SubtractMultiple(right[i], right[k], n, factor);
         }
     }

@@ -35,6 +35,8 @@ class matrixT {
     // The ColCount() values of a row, for reading alone: the handle stays shared. Good until the matrix is
     // next written to. Throws like operator().
     const double* RowValues(std::uint32_t row) const;
+    // The same for writing: unshares the handle.
+    double* MutableRow(std::uint32_t row);
 
     std::uint32_t RowCount() const { return rep_->rowCount; }
     std::uint32_t ColCount() const { return rep_->colCount; }
