@@ -1,4 +1,5 @@
-// The sequence of stages of each solve model, and the statuses in which runs end, brought about by data.
+// The sequence of stages of each solve model, and the statuses in which runs end, brought about by
+// data.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -106,7 +107,8 @@ TEST_F(Driver, EveryModelEndsInItsFixedStatusWithTheTrueVector) {
         EXPECT_EQ(FixedModes(), std::vector<int>{model});
         EXPECT_GT(FixedRatio(0), 1.8);
         const SolveResultFixed& fixed = Solver().resultManage.fixedResults.at(0);
-        // The phases follow the float solution's troposphere; over two kilometres that is a matter of millimetres.
+        // The phases follow the float solution's troposphere; over two kilometres that is a matter
+        // of millimetres.
         EXPECT_NEAR(fixed.dX, session.rover.X - session.base.X, 0.01);
         EXPECT_NEAR(fixed.dY, session.rover.Y - session.base.Y, 0.01);
         EXPECT_NEAR(fixed.dZ, session.rover.Z - session.base.Z, 0.01);
@@ -230,7 +232,8 @@ TEST_F(Driver, ArcsTooShortForTheFloatSolutionFailIt) {
     }
 }
 
-// A hundred ambiguities that are no integers: the search for their best candidates runs out of passes.
+// A hundred ambiguities that are no integers: the search for their best candidates runs out of
+// passes.
 test::SyntheticSession UnfixableSession(bool wideLaneIsWhole) {
     test::SyntheticSession session;
     session.AddSky(kGps, 35);
@@ -274,8 +277,8 @@ TEST_F(Driver, AFailedFloatSolutionOfModel6KeepsTheWideLane) {
     session.interval = 10.0;
     ASSERT_EQ(RunOn(session, 6).status, 73);
     const int reference = Solver().periods.at(0).refSatGps;
-    // Both phases drift alike, in cycles, up and down again, too slowly for a slip: the wide lane sees nothing of
-    // it, and the ionosphere-free tracks lose rows.
+    // Both phases drift alike, in cycles, up and down again, too slowly for a slip: the wide lane
+    // sees nothing of it, and the ionosphere-free tracks lose rows.
     for (int i = 0; i < 151; ++i) {
         const double rise = 0.2 * (i <= 75 ? i : 150 - i);
         for (int sat = 1; sat <= 7; ++sat) {
@@ -340,8 +343,8 @@ TEST_F(Driver, AnExceptionInTheFixedSolutionLeavesTheRatioStatus) {
 }
 
 TEST_F(Driver, AnExceptionInTheFloatSolutionLeavesStatus21) {
-    // All GLONASS satellites on one channel have no inter-frequency bias to solve for, and without phase noise
-    // nothing holds it.
+    // All GLONASS satellites on one channel have no inter-frequency bias to solve for, and without
+    // phase noise nothing holds it.
     test::SyntheticSession session;
     session.AddSky(kGlonass, 6);
     for (test::SyntheticSatellite& satellite : session.satellites) {

@@ -475,6 +475,12 @@ TEST_F(Inputs, ASatelliteIsAddedToTheListOnce) {
     EXPECT_EQ(Control().delSatList, (std::vector<int>{69, 2}));
 }
 
+TEST_F(Inputs, AnInvalidSatelliteIsAddedToTheListAsZeroOnce) {
+    EXPECT_EQ(AddOneDelSat(kGps, 36), 1);
+    EXPECT_EQ(AddOneDelSat(5, 1), 1);
+    EXPECT_EQ(Control().delSatList, std::vector<int>{0});
+}
+
 int AddTrack(int listIndex, int system, int prn, int isActive = 0, int gapCount = 0) {
     int startWeeks[2] = {2200, 2201};
     double startSeconds[2] = {10.0, 30.0};
@@ -655,7 +661,8 @@ TEST_F(EpochInput, TheBaseIsCorrectedFromTheBaseAndTheRoverFromTheRover) {
     const SDObsData& epoch = Control().epochs.at(0);
     for (const auto& [number, position] : sky_) {
         const int s = number - 1;
-        // The earth turns by some 5 microradians while the signal travels; the stations are a kilometre apart.
+        // The earth turns by some 5 microradians while the signal travels; the stations are a
+        // kilometre apart.
         const XYZPosition turnedRover(epoch.satPosA[s]), turnedBase(epoch.satPosB[s]);
         EXPECT_NEAR(epoch.sdRange[s], Distance(turnedRover, rover_) - Distance(turnedBase, base_),
                     1e-6);

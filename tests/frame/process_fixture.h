@@ -1,5 +1,5 @@
-// A fixture for tests of the exports: no process, closed trace, empty ephemeris stores and the atmosphere of a fresh
-// library, before and after each test.
+// A fixture for tests of the exports: no process, closed trace, empty ephemeris stores and the
+// atmosphere of a fresh library, before and after each test.
 #pragma once
 
 #include <gtest/gtest.h>

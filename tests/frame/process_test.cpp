@@ -1,4 +1,5 @@
-// The life of the two process-wide objects: what each call makes, deletes and leaves, and in which order.
+// The life of the two process-wide objects: what each call makes, deletes and leaves, and in which
+// order.
 #include <gtest/gtest.h>
 
 #include <string>

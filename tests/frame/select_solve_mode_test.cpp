@@ -85,26 +85,37 @@ TEST(SelectSolveMode, ALimitBetweenTheTwoCutsIsCutBelow20DegreesAlone) {
     EXPECT_EQ(ModelFor({.limit = 5500.0, .latitude = 21.0, .distance = 5600.0}), 6);
 }
 
-// Walks Z across a latitude in steps of a nanometre or so; on each side, and on the latitude itself if a position
-// hits it, the zone must be that of "at least".
+// Walks positions across a latitude in the smallest steps there are; below it, on it and above, the
+// zone must be that of "at least".
 void ExpectBoundary(double degrees, double distance, int below, int atOrAbove) {
     const std::unique_ptr<StaticSolve> solver = SolverFor({.latitude = degrees});
-    const double middle = solver->roverPosition.Z;
-    int seenBelow = 0;
-    int seenAbove = 0;
-    for (int i = -300; i <= 300; ++i) {
-        solver->roverPosition.Z = middle + 2e-9 * i;
-        solver->basePosition = solver->roverPosition;
-        solver->basePosition.Y += distance;
-        const bool isBelow =
-            std::fabs(solver->roverPosition.ToBLH().B * 57.29577951308232) < degrees;
-        seenBelow += isBelow ? 1 : 0;
-        seenAbove += isBelow ? 0 : 1;
-        solver->SelectSolveMode();
-        ASSERT_EQ(solver->solveModel, isBelow ? below : atOrAbove) << i;
+    const XYZPosition middle = solver->roverPosition;
+    int seenBelow = 0, seenOn = 0, seenAbove = 0;
+    double x = middle.X;
+    for (int i = 0; i < 50; ++i) {
+        x = std::nextafter(x, 1e9);
+        double z = middle.Z;
+        for (int step = 0; step < 600; ++step) {
+            z = std::nextafter(z, 0.0);
+        }
+        for (int step = 0; step < 1200; ++step) {
+            z = std::nextafter(z, 1e9);
+            solver->roverPosition = XYZPosition(x, middle.Y, z);
+            const double latitude = solver->roverPosition.ToBLH().B * 57.29577951308232;
+            seenBelow += latitude < degrees ? 1 : 0;
+            seenOn += latitude == degrees ? 1 : 0;
+            seenAbove += latitude > degrees ? 1 : 0;
+            if (std::fabs(latitude - degrees) > 2e-14) {
+                continue;
+            }
+            solver->basePosition = XYZPosition(x, middle.Y + distance, z);
+            solver->SelectSolveMode();
+            ASSERT_EQ(solver->solveModel, latitude < degrees ? below : atOrAbove) << latitude;
+        }
     }
-    EXPECT_GT(seenBelow, 50);
-    EXPECT_GT(seenAbove, 50);
+    EXPECT_GT(seenBelow, 0);
+    EXPECT_GT(seenOn, 0);
+    EXPECT_GT(seenAbove, 0);
 }
 
 TEST(SelectSolveMode, TheZonesMeetExactlyAt20And23AndAHalfDegrees) {

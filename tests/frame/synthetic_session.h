@@ -1,6 +1,6 @@
-// A made-up session whose truth is known: satellites on circles, and phases that are what the between-station
-// model gives for the true rover, plus ambiguities and noise. The epochs are filled directly, as if they had
-// been handed over.
+// A made-up session whose truth is known: satellites on circles, and phases that are what the
+// between-station model gives for the true rover, plus ambiguities and noise. The epochs are filled
+// directly, as if they had been handed over.
 #pragma once
 
 #include <cmath>
@@ -90,7 +90,8 @@ class SyntheticSession {
     std::uint32_t seed = 1;
     std::vector<SyntheticSatellite> satellites;
 
-    // `count` satellites of a system spread over the sky, from `firstId` on, with whole ambiguities.
+    // `count` satellites of a system spread over the sky, from `firstId` on, with whole
+    // ambiguities.
     void AddSky(int system, int count, int firstId = 1, double turn = 0.0) {
         for (int i = 0; i < count; ++i) {
             SyntheticSatellite satellite{};
@@ -231,7 +232,8 @@ class SyntheticSession {
     }
 };
 
-// What a control object holds when a session has been handed over, its rover off the truth by some metres.
+// What a control object holds when a session has been handed over, its rover off the truth by some
+// metres.
 inline void HandOver(CTRLSolve& control, const SyntheticSession& session) {
     control.config = session.Config();
     control.basePosition = session.base;

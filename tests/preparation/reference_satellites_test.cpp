@@ -40,7 +40,8 @@ class References : public test::ProcessTest {
 
     SDObsData& EpochOf(int index) { return solver_->epochs[static_cast<std::size_t>(index)]; }
 
-    // The satellite in epochs first to last, at an elevation (radians) as the mean of the two stations.
+    // The satellite in epochs first to last, at an elevation (radians) as the mean of the two
+    // stations.
     void See(int sat, int first, int last, double elevation) {
         for (int i = first; i <= last; ++i) {
             EpochOf(i).activeSats.push_back(sat);
@@ -58,7 +59,8 @@ class References : public test::ProcessTest {
         GlonassEphemerides().AddGlonassEphemeris(record);
     }
 
-    // GLONASS slots 1, 2, ... on channels -7, -6, ... seen for these numbers of epochs at these elevations.
+    // GLONASS slots 1, 2, ... on channels -7, -6, ... seen for these numbers of epochs at these
+    // elevations.
     int GlonassReference(const std::vector<int>& counts, const std::vector<double>& elevations) {
         for (std::size_t i = 0; i < counts.size(); ++i) {
             const int slot = static_cast<int>(i) + 1;
@@ -450,6 +452,24 @@ TEST_F(References, EqualChannelsKeepTheOrderOfFirstAppearance) {
         solver_->SelectRefSats();
         EXPECT_EQ(solver_->periods[0].refSatGlo, kGlo + order[1]);
     }
+}
+
+TEST_F(References, ManyEqualChannelsKeepTheOrderOfFirstAppearanceToo) {
+    MakeEpochs(31);
+    std::vector<int> order;
+    for (int i = 0; i < 23; ++i) {
+        order.push_back(1 + (7 * i) % 23);
+    }
+    for (const int slot : order) {
+        SetChannel(slot, 4);
+        See(kGlo + slot, 0, 30, 1.0);
+    }
+    SetChannel(31, 6);
+    See(kGlo + 31, 0, 30, 1.0);
+    SetChannel(32, -6);
+    See(kGlo + 32, 0, 30, 1.0);
+    solver_->SelectRefSats();
+    EXPECT_EQ(solver_->periods[0].refSatGlo, kGlo + order[11]);
 }
 
 TEST_F(References, AGlonassSatelliteWithoutARecordCountsAsChannel0) {
