@@ -323,6 +323,9 @@ class CompactReader {
             return;
         }
         for (std::size_t column = 0; column < columns; ++column) {
+            if (!state.arcs[column].active()) {
+                continue;  // flags of a missing observation are left over from earlier epochs
+            }
             const auto digit = [&](std::size_t i) {
                 const char c = state.flags[2 * column + i];
                 return static_cast<std::uint8_t>(c == ' ' ? 0 : c - '0');

@@ -91,7 +91,9 @@ class RinexReader {
             ReadSatelliteList(record.count);
             ReadRows2(record);
         } else {
-            record.clockOffset = ReadClockOffset(cursor_, Field(cursor_.line(), 41, 15));
+            // F15.12 from column 42; the columns before it are reserved, and writers that shift it
+            // have it begin there.
+            record.clockOffset = ReadClockOffset(cursor_, Field(cursor_.line(), 35, 21));
             ReadRows3(record);
         }
     }
