@@ -262,6 +262,40 @@ TEST(Matrix, ANegativeSignedIndexThrows) {
     EXPECT_EQ(FailureOf([&] { m(0, static_cast<std::uint32_t>(signedIndex)); }), kOutOfRange);
 }
 
+TEST(Matrix, RowValuesReadWithoutUnsharing) {
+    const matrixT m = FromRows({{1.0, 2.0}, {3.0, 4.0}});
+    const matrixT sharer = m;
+    const double* const row = m.RowValues(1);
+    EXPECT_EQ(row[0], 3.0);
+    EXPECT_EQ(row[1], 4.0);
+    EXPECT_EQ(row, sharer.RowValues(1));
+    EXPECT_EQ(m.RefCount(), 2);
+    EXPECT_EQ(FailureOf([&] { m.RowValues(2); }), kOutOfRange);
+    EXPECT_EQ(m.RefCount(), 2);
+}
+
+TEST(Matrix, AMutableRowIsPrivate) {
+    matrixT m = FromRows({{1.0, 2.0}, {3.0, 4.0}});
+    const matrixT sharer = m;
+    EXPECT_EQ(FailureOf([&] { m.MutableRow(2); }), kOutOfRange);
+    EXPECT_EQ(m.RefCount(), 2);
+    double* const row = m.MutableRow(0);
+    row[1] = 20.0;
+    EXPECT_EQ(m.RefCount(), 1);
+    EXPECT_EQ(sharer.RefCount(), 1);
+    EXPECT_EQ(ToRows(m), (Rows{{1.0, 20.0}, {3.0, 4.0}}));
+    EXPECT_EQ(ToRows(sharer), (Rows{{1.0, 2.0}, {3.0, 4.0}}));
+    EXPECT_EQ(m.MutableRow(0), row);
+}
+
+TEST(Matrix, ShrunkRowsAreOutOfReach) {
+    matrixT m(5, 3);
+    m.SetIdentity();
+    EXPECT_EQ(FailureOf([&] { m.RowValues(3); }), kOutOfRange);
+    EXPECT_EQ(FailureOf([&] { m.MutableRow(3); }), kOutOfRange);
+    EXPECT_EQ(m.RowValues(2)[2], 1.0);
+}
+
 // --- arithmetic ----------------------------------------------------------------------------------
 
 TEST(Matrix, AddsAndSubtractsElementwise) {

@@ -95,6 +95,29 @@ TEST(Geodetic, AgreesWithTheForwardFormulaToAMillimetre) {
     }
 }
 
+TEST(Geodetic, IteratesToTheLimitAndNoFurther) {
+    // The iteration in its plainest form, ended by a step of 1e-11 rad. One round more or less shows at
+    // low latitudes, where a round takes off hardly more than two digits.
+    for (const double latitude : kLatitudes) {
+        const XYZPosition point = ToXYZ(latitude * kDegree, 0.3, 300.0);
+        const double p = std::sqrt(point.X * point.X + point.Y * point.Y);
+        const double r = std::sqrt(p * p + point.Z * point.Z);
+        const double psi = std::atan(point.Z / p);
+        double b = psi;
+        double h = 0.0;
+        for (double last = b + 1.0; std::fabs(b - last) > 1e-11;) {
+            last = b;
+            const double s = std::sin(b);
+            const double w = std::sqrt(1.0 - kEccentricitySquared * s * s);
+            b = std::atan((s * 42697.672707171565 / point.Z / w + 1.0) * std::tan(psi));
+            h = std::cos(psi) * r / std::cos(b) - kSemiMajor / w;
+        }
+        const BLHPosition blh = point.ToBLH();
+        EXPECT_NEAR(blh.B, b, 1e-15) << latitude;
+        EXPECT_NEAR(blh.H, h, 1e-5) << latitude;  // 1e-15 rad times the tangent near the pole
+    }
+}
+
 TEST(Geodetic, KnownStation) {
     // Wettzell, IGS station WTZR: about 49 08 39.1 N, 12 52 44.1 E, 666 m (site log), from its
     // approximate cartesian coordinates.
@@ -181,6 +204,32 @@ TEST(Local, KeepsTheDistance) {
     const XYZPosition satellite(15000000.0, -9000000.0, 20000000.0);
     const NEUPosition neu = satellite.ToNEU(station);
     EXPECT_NEAR(std::hypot(neu.N, neu.E, neu.U), vornel::Distance(satellite, station), 1e-7);
+}
+
+TEST(Local, AStationSeesWhatThePointsThemselvesTell) {
+    for (const double latitude : kLatitudes) {
+        const double l = -2.1;
+        const XYZPosition position = ToXYZ(latitude * kDegree, l, 77.0);
+        const vornel::Station station(position);
+        EXPECT_EQ(station.position.X, position.X);
+        EXPECT_EQ(station.position.Y, position.Y);
+        EXPECT_EQ(station.position.Z, position.Z);
+        EXPECT_NEAR(station.geodetic.B, latitude * kDegree, 1e-11);
+        EXPECT_NEAR(station.geodetic.L, l, 1e-14);
+        EXPECT_NEAR(station.geodetic.H, 77.0, 1e-3);
+        EXPECT_NEAR(station.sinB, std::sin(latitude * kDegree), 1e-11);
+        EXPECT_NEAR(station.cosB, std::cos(latitude * kDegree), 1e-11);
+        EXPECT_NEAR(station.sinL, std::sin(l), 1e-14);
+        EXPECT_NEAR(station.cosL, std::cos(l), 1e-14);
+
+        const XYZPosition satellite(12e6, -15e6, 18e6);
+        const NEUPosition local = station.Local(satellite);
+        const NEUPosition direct = satellite.ToNEU(position);
+        EXPECT_EQ(local.N, direct.N);
+        EXPECT_EQ(local.E, direct.E);
+        EXPECT_EQ(local.U, direct.U);
+        EXPECT_EQ(station.Local(position).U, 0.0);
+    }
 }
 
 TEST(Rotation, HasRowsNorthEastUp) {
@@ -270,6 +319,7 @@ TEST(Azimuth, ANegativeZeroIsZero) {
     EXPECT_EQ(vornel::Azimuth(1.0, -0.0), 0.0);
     EXPECT_EQ(vornel::Azimuth(-1.0, -0.0), kPi);
     EXPECT_EQ(vornel::Azimuth(-0.0, -0.0), 0.0);
+    EXPECT_FALSE(std::signbit(vornel::Azimuth(0.5, -0.0)));
 }
 
 TEST(Azimuth, DiagonalsOfTheFourQuadrants) {

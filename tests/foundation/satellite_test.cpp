@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstddef>
+#include <iterator>
 
 namespace {
 
@@ -25,6 +27,18 @@ TEST(Satellite, SystemCodesAreBits) {
     EXPECT_EQ(kGalileo, 8);
     EXPECT_EQ(kSatelliteCount, 135);
     EXPECT_EQ(kGlonassSlotCount, 32);
+}
+
+TEST(Satellite, TheTableOfBlocksIsComplete) {
+    std::size_t i = 0;
+    for (const SatelliteBlock& block : kSatelliteBlocks) {
+        ASSERT_LT(i, std::size(kBlocks));
+        EXPECT_EQ(block.system, kBlocks[i].system);
+        EXPECT_EQ(block.count, kBlocks[i].count);
+        EXPECT_EQ(block.offset, kBlocks[i].offset);
+        ++i;
+    }
+    EXPECT_EQ(i, std::size(kBlocks));
 }
 
 TEST(Satellite, NumbersRunThroughTheSystems) {
