@@ -710,8 +710,8 @@ class NavigationReader {
     }
 
     void RequireSomething() const {
-        const bool something = !data_.kepler.empty() || !data_.glonass.empty() ||
-                               !data_.ionosphere.empty() || !data_.leftAside.empty();
+        const bool something =
+            !data_.kepler.empty() || !data_.glonass.empty() || !data_.leftAside.empty();
         if (!something && data_.droppedCount > 0) {
             const InputNote& first = data_.dropped.front();
             throw InputError(InputFault::kMalformed, data_.file, first.line,

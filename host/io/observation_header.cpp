@@ -360,7 +360,7 @@ void ObservationHeader::ReadGlonassChannels(const LineCursor& cursor) {
             at + 3 < next ? ParseInteger(text.substr(at + 3, next - at - 3)) : std::nullopt;
         if (!satellite || !channel || *channel < -7 || *channel > 13) {
             cursor.RefuseField("no slot and channel of GLONASS in " +
-                               Quote(text.substr(at, next - at)));
+                               Quote(Trim(text.substr(at, next - at))));
         }
         const int slot = satellite->number;
         auto& channels = station_.glonassChannels;

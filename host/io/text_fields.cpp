@@ -102,7 +102,7 @@ std::optional<SatelliteId> ParseSatellite(std::string_view field, GnssSystem bla
 }
 
 std::string Quote(std::string_view text) {
-    constexpr std::size_t kLongest = 40;
+    constexpr std::size_t kLongest = 60;
     std::string quoted = "'";
     for (const char c : text.substr(0, kLongest)) {
         quoted += c >= ' ' && c <= '~' ? c : '?';

@@ -97,7 +97,7 @@ std::optional<double> ParseReal(std::string_view field);
 // A letter and a number of two columns, "G05", "G 5"; a blank letter stands for `blankSystem`.
 std::optional<SatelliteId> ParseSatellite(std::string_view field, GnssSystem blankSystem);
 
-// The text for a message: in quotes, cut to 40 characters, bytes that do not print as '?'.
+// The text for a message: in quotes, cut to 60 characters, bytes that do not print as '?'.
 std::string Quote(std::string_view text);
 
 // The label of a header line, columns 61 to 80, trimmed.
