@@ -45,24 +45,6 @@ std::string Wrapped(const std::string& first, const std::string& text, const std
     return result + line + "\n";
 }
 
-// The covariance of the vector turned into north, east, up at the base.
-session::Vector3 NeuDeviations(const Solution& solution, const session::Geodetic& place) {
-    Vector3 deviations{};
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        Vector3 unit{};
-        unit[axis] = 1.0;
-        const Vector3 row = session::FromNeu(place, unit);
-        double variance = 0.0;
-        for (std::size_t i = 0; i < 3; ++i) {
-            for (std::size_t j = 0; j < 3; ++j) {
-                variance += row[i] * solution.covarianceXyz[3 * i + j] * row[j];
-            }
-        }
-        deviations[axis] = Deviation(variance);
-    }
-    return deviations;
-}
-
 std::string VectorBlock(const SolveResult& result, const Solution& s) {
     const session::Station& base = result.session.base;
     const session::Geodetic place = session::ToGeodetic(base.position);
@@ -161,42 +143,6 @@ std::string PositionLine(const session::Station& station, const char* role) {
     return text + ")\n";
 }
 
-std::string OrbitLine(const session::Session& session) {
-    if (session.precise) {
-        std::string text = Format("  Orbits      precise, %zu satellites, %zu epochs (",
-                                  session.orbits.satellites.size(), session.orbits.times.size());
-        for (const io::PreciseOrbits& file : session.inputs.orbits) {
-            text += (&file == &session.inputs.orbits.front() ? "" : ", ") + FileName(file.file);
-        }
-        return text + ")\n";
-    }
-    std::string text = "  Orbits      broadcast:";
-    for (const EngineSystem system : session::kEngineSystems) {
-        const std::size_t count = session.ephemerides.taken[session::IndexOf(system)];
-        if (count > 0) {
-            text += Format(" %zu %s", count, session::NameOf(system));
-        }
-    }
-    return text + " records\n";
-}
-
-std::string DroppedText(const session::Session& session) {
-    std::string text;
-    for (const auto& [reason, count] : session.ephemerides.dropped) {
-        text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + reason;
-    }
-    return text;
-}
-
-std::string IonosphereLine(const session::Session& session) {
-    if (session.ionosphere) {
-        return "  Ionosphere  GPS coefficients of " + FileName(session.ionosphere->file) + "\n";
-    }
-    return session.settings.values.noIonosphere
-               ? "  Ionosphere  no coefficients, as asked for; the engine's diurnal model\n"
-               : "  Ionosphere  no GPS coefficients in the files; the engine's diurnal model\n";
-}
-
 std::string EpochLine(const SolveResult& result) {
     const session::Session& s = result.session;
     const std::string first = io::FormatTime(s.FirstTime(), 0);
@@ -217,51 +163,22 @@ std::string DataBlock(const SolveResult& result) {
                        s.pairing.baseOnly, s.pairing.roverOnly);
     }
     text += SystemTable(result);
-    text += OrbitLine(s);
+    text += "  Orbits      " + OrbitText(s) + "\n";
     const std::string dropped = DroppedText(s);
     if (!dropped.empty()) {
         text += Wrapped("              ", "records dropped: " + dropped, "              ");
     }
-    text += IonosphereLine(s);
+    text += "  Ionosphere  " + IonosphereText(s) + "\n";
     text += "Stations\n" + PositionLine(s.base, "base") + AntennaLine(result, s.base, "") +
             PositionLine(s.rover, "rover") + AntennaLine(result, s.rover, "");
     return text;
 }
 
 std::string LeftOutBlock(const SolveResult& result) {
-    const session::Session& s = result.session;
     std::string text;
-    const auto line = [&text](const std::string& what) { text += Wrapped("  ", what, "    "); };
-    const auto engineName = [](const session::EngineSatellite& sat) {
-        return session::ToString(sat);
-    };
-    if (!s.leftOut.unnumbered.empty()) {
-        line("no place in the engine's numbering: " +
-             Joined(s.leftOut.unnumbered, [](const std::string& name) { return name; }));
+    for (const std::string& line : LeftOut(result)) {
+        text += Wrapped("  ", line, "    ");
     }
-    for (const auto& [satellite, reason] : s.leftOut.unknownChannel) {
-        line(session::ToString(satellite) + ": " + reason);
-    }
-    if (!result.fed.noSlot.empty()) {
-        line("more than 64 satellites at an epoch, left out there: " +
-             Joined(result.fed.noSlot, engineName));
-    }
-    if (!s.settings.values.exclusions.empty()) {
-        line("excluded: " + Joined(s.settings.values.exclusions,
-                                   [](const session::Exclusion& e) { return e.text; }));
-    }
-    const auto losses = [&line](const char* role, const session::ValueLosses& lost) {
-        if (lost.outOfBounds > 0) {
-            line(std::string(role) + ": " + Plural(lost.outOfBounds, "value") +
-                 " that cannot be measured ranges or phases");
-        }
-        if (lost.noFirstCode > 0) {
-            line(std::string(role) + ": " + std::to_string(lost.noFirstCode) +
-                 " satellite-epochs without code on the first signal");
-        }
-    };
-    losses("base", result.fed.baseLosses);
-    losses("rover", result.fed.roverLosses);
     return text.empty() ? text : "Left out\n" + text;
 }
 
@@ -292,33 +209,6 @@ std::string ForcedBlock(const session::Session& session) {
         }
     }
     return text.empty() ? text : "Settled by the data\n" + text;
-}
-
-std::string ModelLine(const SolveResult& result) {
-    const session::EngineResults& r = result.outcome.results;
-    if (r.solveModel == 0) {
-        return {};
-    }
-    const int asked = result.session.config.slvmode;
-    std::string reason = "as asked for";
-    if (asked == 0) {
-        reason = r.solveModel == 1 ? "automatic: a short baseline, or one frequency"
-                                   : "automatic: a long baseline, two frequencies";
-    } else if (asked != r.solveModel) {
-        reason = Format("model %d was asked for: a receiver has one frequency", asked);
-    }
-    return Wrapped("",
-                   Format("Model %d, %s (", r.solveModel, session::SolveModelName(r.solveModel)) +
-                       reason + ")",
-                   "  ");
-}
-
-std::string ChainText(const session::RunOutcome& outcome) {
-    std::string text;
-    for (const int status : outcome.chain) {
-        text += (text.empty() ? "" : " > ") + std::to_string(status);
-    }
-    return text;
 }
 
 std::string FixedReason(const SolveResult& result) {
@@ -362,6 +252,121 @@ std::string AdviceWithoutSolution(session::StatusKind kind) {
 }
 
 }  // namespace
+
+Vector3 NeuDeviations(const Solution& solution, const session::Geodetic& place) {
+    Vector3 deviations{};
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        Vector3 unit{};
+        unit[axis] = 1.0;
+        const Vector3 row = session::FromNeu(place, unit);
+        double variance = 0.0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            for (std::size_t j = 0; j < 3; ++j) {
+                variance += row[i] * solution.covarianceXyz[3 * i + j] * row[j];
+            }
+        }
+        deviations[axis] = Deviation(variance);
+    }
+    return deviations;
+}
+
+std::string OrbitText(const session::Session& session) {
+    if (session.precise) {
+        std::string text = Format("precise, %zu satellites, %zu epochs (",
+                                  session.orbits.satellites.size(), session.orbits.times.size());
+        for (const io::PreciseOrbits& file : session.inputs.orbits) {
+            text += (&file == &session.inputs.orbits.front() ? "" : ", ") + FileName(file.file);
+        }
+        return text + ")";
+    }
+    std::string text = "broadcast:";
+    for (const EngineSystem system : session::kEngineSystems) {
+        const std::size_t count = session.ephemerides.taken[session::IndexOf(system)];
+        if (count > 0) {
+            text += Format(" %zu %s", count, session::NameOf(system));
+        }
+    }
+    return text + " records";
+}
+
+std::string DroppedText(const session::Session& session) {
+    std::string text;
+    for (const auto& [reason, count] : session.ephemerides.dropped) {
+        text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + reason;
+    }
+    return text;
+}
+
+std::string IonosphereText(const session::Session& session) {
+    if (session.ionosphere) {
+        return "GPS coefficients of " + FileName(session.ionosphere->file);
+    }
+    return session.settings.values.noIonosphere
+               ? "no coefficients, as asked for; the engine's diurnal model"
+               : "no GPS coefficients in the files; the engine's diurnal model";
+}
+
+std::vector<std::string> LeftOut(const SolveResult& result) {
+    const session::Session& s = result.session;
+    std::vector<std::string> lines;
+    const auto line = [&lines](const std::string& what) { lines.push_back(what); };
+    const auto engineName = [](const session::EngineSatellite& sat) {
+        return session::ToString(sat);
+    };
+    if (!s.leftOut.unnumbered.empty()) {
+        line("no place in the engine's numbering: " +
+             Joined(s.leftOut.unnumbered, [](const std::string& name) { return name; }));
+    }
+    for (const auto& [satellite, reason] : s.leftOut.unknownChannel) {
+        line(session::ToString(satellite) + ": " + reason);
+    }
+    if (!result.fed.noSlot.empty()) {
+        line("more than 64 satellites at an epoch, left out there: " +
+             Joined(result.fed.noSlot, engineName));
+    }
+    if (!s.settings.values.exclusions.empty()) {
+        line("excluded: " + Joined(s.settings.values.exclusions,
+                                   [](const session::Exclusion& e) { return e.text; }));
+    }
+    const auto losses = [&line](const char* role, const session::ValueLosses& lost) {
+        if (lost.outOfBounds > 0) {
+            line(std::string(role) + ": " + Plural(lost.outOfBounds, "value") +
+                 " that cannot be measured ranges or phases");
+        }
+        if (lost.noFirstCode > 0) {
+            line(std::string(role) + ": " + std::to_string(lost.noFirstCode) +
+                 " satellite-epochs without code on the first signal");
+        }
+    };
+    losses("base", result.fed.baseLosses);
+    losses("rover", result.fed.roverLosses);
+    return lines;
+}
+
+std::string ModelText(const SolveResult& result) {
+    const session::EngineResults& r = result.outcome.results;
+    if (r.solveModel == 0) {
+        return {};
+    }
+    const int asked = result.session.config.slvmode;
+    std::string reason = "as asked for";
+    if (asked == 0) {
+        reason = r.solveModel == 1 ? "automatic: a short baseline, or one frequency"
+                                   : "automatic: a long baseline, two frequencies";
+    } else if (asked != r.solveModel) {
+        reason = Format("model %d was asked for: a receiver has one frequency", asked);
+    }
+    return Format("Model %d, %s (", r.solveModel, session::SolveModelName(r.solveModel)) + reason +
+           ")";
+}
+
+std::string ChainText(const session::RunOutcome& outcome) {
+    std::string text;
+    for (const int status : outcome.chain) {
+        text += (text.empty() ? "" : " > ") + std::to_string(status);
+    }
+    return text;
+}
 
 std::string TrackingCodes(const session::SignalChoice& signals, EngineSystem system, bool rover) {
     std::string text;
@@ -441,7 +446,8 @@ std::string TextReport(const SolveResult& result) {
     std::string text =
         s.base.name + " (base) to " + s.rover.name + " (rover): " + Verdict(result.outcome) + "\n";
     text += Wrapped("  ", VerdictReason(result), "  ");
-    text += ModelLine(result);
+    const std::string model = ModelText(result);
+    text += model.empty() ? model : Wrapped("", model, "  ");
     const int status = result.outcome.results.status;
     text += Wrapped(
         "",

@@ -17,6 +17,24 @@ std::string Verdict(const session::RunOutcome& outcome);
 // Why, and what to do about it when there is no fixed solution.
 std::string VerdictReason(const SolveResult& result);
 
+// "Model 1, first frequency (automatic: a short baseline, or one frequency)"; empty when the run did
+// not come to choosing one.
+std::string ModelText(const SolveResult& result);
+
+// The statuses on the way: "12 > 14 > 21".
+std::string ChainText(const session::RunOutcome& outcome);
+
+// Standard deviations of the vector in north, east, up at `place`, metres.
+session::Vector3 NeuDeviations(const session::Solution& solution, const session::Geodetic& place);
+
+// Which orbits, which records of them were dropped (empty: none), and which ionosphere.
+std::string OrbitText(const session::Session& session);
+std::string DroppedText(const session::Session& session);
+std::string IonosphereText(const session::Session& session);
+
+// What of the observations was left out, one sentence each.
+std::vector<std::string> LeftOut(const SolveResult& result);
+
 // Of the session, and the first ones of the readers.
 std::vector<std::string> AllNotes(const SolveResult& result);
 
