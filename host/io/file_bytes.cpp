@@ -73,6 +73,7 @@ ArchiveReader OpenArchive(Packing packing, std::string_view packed) {
         archive_read_support_format_zip(reader.get());
     } else {
         archive_read_support_format_raw(reader.get());
+        archive_read_support_format_empty(reader.get());
     }
     // The data outlive the reader; libarchive takes them without const but only reads.
     archive_read_open_memory(reader.get(), packed.data(), packed.size());
