@@ -15,19 +15,22 @@
  *   6. StartProcess
  *   7. the Get... queries, as often and in any order
  *   8. DiposeProcess                               (the name is spelt so)
- * Satellite positions, the elevation mask and the list of systems are applied when an epoch is
- * handed over; what is set later does not touch the epochs that came before. StartProcess may be
+ * Satellite positions and clocks, the elevation mask, the list of systems and the troposphere
+ * model are applied when an epoch is handed over, and not worked out anew for the epochs that came
+ * before. All else is read at StartProcess, and the list of systems once more. StartProcess may be
  * called again: it discards the earlier results and runs on all that has been handed over.
  *
  * Process-wide state. There is one process at a time. Ephemerides, ionosphere coefficients and the
- * trace outlive DiposeProcess and CreateBLProcess; they go when the library is unloaded. A second
- * baseline in one process therefore still sees the ephemerides of the first.
+ * surface weather outlive DiposeProcess and CreateBLProcess; they go when the library is unloaded.
+ * A second baseline in one process therefore still sees the ephemerides of the first. The trace
+ * outlives CreateBLProcess; DiposeProcess closes it.
  *
- * Threads. The engine starts none and locks nothing: one call at a time. StartProcess runs to its
+ * Threads. The engine starts none and locks nothing but the trace's change of file: one call at a
+ * time. StartProcess runs to its
  * end on the caller's thread.
  *
- * Arguments are trusted. Nothing tests a pointer, a count, or that a process exists; the ranges
- * below are the host's duty. Where a bound is given, a value outside it gives a useless result at
+ * Arguments are trusted. Nothing tests a pointer or that a process exists; the ranges below
+ * are the host's duty. Where a bound is given, a value outside it gives a useless result at
  * best and no return at worst (the orbit iterations have no limit of their own).
  *
  * Memory. Every pointer is to a variable or an array of the host, which owns it; it is read or
@@ -36,8 +39,8 @@
  * Return values. The 17 set-up and run functions return 1, or 0 when an exception (out of memory, a
  * matrix failure) ended the call; what the call had stored by then stays. The queries return a
  * count or 1, and 0 with nothing written when the thing asked for does not exist; they need a
- * solver object, so they are valid only after a StartProcess, and an exception inside one reaches
- * the host.
+ * solver object, so they are valid only after a StartProcess, not after one that returned 0 with
+ * status 10, and an exception inside one reaches the host.
  *
  * Units: metres, seconds, radians, carrier cycles; GLONASS states in kilometres; residuals in whole
  * millimetres. Frame: earth-centred earth-fixed (ECEF), the frame of the ephemerides (WGS 84).
@@ -79,11 +82,11 @@ extern "C" {
 #define VORNEL_NO_ARGUMENTS void
 #endif
 
-/* ---- process ----------------------------------------------------------------------------------
- */
+/* ---- process --------------------------------------------------------------------------------- */
 
 /* Starts over: deletes an earlier process with its epochs and results, and makes an empty one with
- * the default configuration. The trace, the ephemerides and the ionosphere stay as they are. */
+ * the default configuration. The trace, the ephemerides, the ionosphere and the surface
+ * weather stay as they are. */
 VORNEL_API int CreateBLProcess(VORNEL_NO_ARGUMENTS);
 
 /* The same, with a trace log. An open trace is closed first.
@@ -97,13 +100,15 @@ VORNEL_API int CreateBLProcess(VORNEL_NO_ARGUMENTS);
 VORNEL_API int CreateBLProcessWithTrace(const char* tracePath, int traceLevel);
 
 /* Deletes the process and its results and closes the trace. A create call must come before anything
- * else; without a process it only closes the trace. */
+ * else; without a process it only writes its line to the trace and closes that. */
 VORNEL_API int DiposeProcess(VORNEL_NO_ARGUMENTS);
 
 /* Runs the whole chain on what has been handed over.
  * status  out: where the run ended. 1 as the function's result only says that no exception escaped.
- *     10      no epochs                      13      no reference satellite in any period
- *     20      no triple-difference solution  21      (passing) triple difference done
+ *     10      no epochs, or no solver        11      no period
+ *     12      (passing) periods cut          13      no reference satellite in any period
+ *     14      (passing) references chosen    20      no triple-difference solution
+ *     21      (passing) triple difference done
  *     Then, for each solve model (see slvmode), a number for
  *               float failed, done   fixing failed, ratio low, passed   fixed failed, done
  *     model 1       40, 41                60, 61, 62                       80, 81
@@ -123,8 +128,9 @@ VORNEL_API int StartProcess(int* status);
 /* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both
  *                    as separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
  *                    then ionosphere-free. Automatic takes 1 on short baselines or when a receiver
- *                    has one frequency, else 6. 2 to 6 fall back on automatic when a receiver has
- *                    one frequency. Any other value ends with status 40.
+ *                    has one frequency, else 6. Any value but 1 falls back on automatic when a
+ *                    receiver has one frequency; otherwise one outside 0 to 6 has no combination,
+ *                    and the run ends with status 40 at the latest.
  * elevationMask      radians, 0 to pi/2 (default 0.2618)
  * samplingInterval   seconds between epochs, above 0 (30)
  * minEpochs          fewest epochs of a period and of a usable satellite arc, 1 or more (10)
@@ -145,7 +151,8 @@ VORNEL_API int StartProcess(int* status);
  * pressure, temperature, humidity
  *                    at the surface: hPa (1013.25), degrees Celsius (15), percent (50). Outside
  *                    500 to 2000, -50 to 100, 0 to 100 (bounds excluded) the values 1013.25, 18
- *                    and 50 are used.
+ *                    and 50 are used; without this call, those too, or what the last call of
+ *                    the process's life gave.
  * reservedMode       no effect on a run (1)
  * sessionStartWeek .. sessionEndSeconds   kept, no effect
  * galFreq1, galFreq2 Galileo signals: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. galFreq1 outside 1 to 5
@@ -270,8 +277,9 @@ VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int co
  * p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on the
  *                     first and the second signal; 0.0 where missing
  * Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I (1561.098 MHz) and 1207.14 MHz; Galileo by galFreq1,
- * galFreq2. Code values lie between 1e6 and 1e9 m. The epoch of the difference is the mean time of
- * the two receivers rounded to the second, with the week of the base. */
+ * galFreq2. Code values lie between 1e6 and 1e9 m. The epoch of the difference is the mean of the
+ * two seconds of the week, rounded to a whole second, with the week of the base: both tags lie in
+ * one week. */
 VORNEL_API int InputEpochObsData(int weekR, double secondsR, int* satNumbersR, double* p1R,
                                  double* p2R, double* l1R, double* l2R, int weekB, double secondsB,
                                  int* satNumbersB, double* p1B, double* p2B, double* l1B,
@@ -315,7 +323,8 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
 /* The outputs that describe one solution:
  * mode               solve model (triple difference: 1, 2, or 3 for any other); 0: nothing filed
  * dX, dY, dZ         baseline vector, rover minus base, ECEF metres
- * length, horizontalDistance   metres (the two are equal; 0 in the triple difference)
+ * length             metres
+ * horizontalDistance the same, but 0 in the triple difference
  * heightDifference   0.0 always
  * dof                degrees of freedom
  * varianceFactor     squared ratio of the standard deviation of unit weight found to the one

@@ -1,4 +1,5 @@
-// From real ambiguities to integers: period by period, or, kept behind a flag, the whole session at once.
+// From real ambiguities to integers: period by period, or, kept behind a flag, the whole session at
+// once.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -29,8 +30,8 @@ std::size_t Slot(int i) {
     return static_cast<std::size_t>(i);
 }
 
-// The ambiguities of a session that are still to be fixed, and their covariance: value1 of all tracks, then in
-// model 3 value2 of all tracks.
+// The ambiguities of a session that are still to be fixed, and their covariance: value1 of all
+// tracks, then in model 3 value2 of all tracks.
 struct AmbiguitySet {
     int mode;
     std::vector<AmbRstInfo> tracks;
@@ -168,8 +169,8 @@ void File(int mode, const RoundResult& result, SolveResultFixed& out) {
     }
 }
 
-// Rounds of search on a shrinking set, until the ratio passes or too few tracks are left; the first round's result
-// when none passes. 0 when the best sum of squares is exactly 0.
+// Rounds of search on a shrinking set, until the ratio passes or too few tracks are left; the first
+// round's result when none passes. 0 when the best sum of squares is exactly 0.
 int FixByShrinking(const SolveConfig& config, AmbiguitySet set, const ShrinkRules& rules,
                    SolveResultFixed& out) {
     RoundResult first, last;

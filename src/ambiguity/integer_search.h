@@ -1,5 +1,5 @@
-// A direct search for the integers in the position domain: every candidate vector near the float one is tried on
-// the double differences themselves, with the coordinates solved for each.
+// A direct search for the integers in the position domain: every candidate vector near the float
+// one is tried on the double differences themselves, with the coordinates solved for each.
 #pragma once
 
 #include <vector>
@@ -21,8 +21,8 @@ struct IntegerPair {
     double s1 = 0.0, s2 = 0.0;         // their sums of squares; both 0 when nothing was evaluated
 };
 
-// a: float ambiguities (cycles), n by 1. Q: their covariance. dof: of the float solution, for the width of the
-// search.
+// a: float ambiguities (cycles), n by 1. Q: their covariance. dof: of the float solution, for the
+// width of the search.
 IntegerPair SearchIntegers(gult::matrixT a, gult::matrixT Q, int dof, EpochEquations& equations);
 
 }  // namespace vornel

@@ -209,7 +209,8 @@ struct Candidates {
     }
 };
 
-// Depth-first walk of the integers round z, from level n-1 down to 0. False when all passes were used.
+// Depth-first walk of the integers round z, from level n-1 down to 0. False when all passes were
+// used.
 bool IntegerSearch(Decorrelation& problem, std::vector<double>& z, Candidates& found) {
     const int n = problem.n;
     SquareArray S(n);
@@ -262,8 +263,8 @@ bool IntegerSearch(Decorrelation& problem, std::vector<double>& z, Candidates& f
     return ended;
 }
 
-// Values and covariance with the half-cycle scale applied, the search, and the candidates as a matrix with the
-// scale undone or kept.
+// Values and covariance with the half-cycle scale applied, the search, and the candidates as a
+// matrix with the scale undone or kept.
 bool SearchScaled(int n, int m, gult::matrixT& a, gult::matrixT& Q, gult::matrixT& F,
                   gult::matrixT& s, bool undoScale) {
     const std::size_t size = static_cast<std::size_t>(n > 0 ? n : 0);

@@ -59,8 +59,8 @@ std::vector<int> AgreementCounts(matrixT& candidates, int nb, int candidateCount
     return counts;
 }
 
-// Ambiguities in the order in which the elimination drops them: fewest rows first. A record that serves two
-// frequencies lends its rows to both; an ambiguity without a record counts 0.
+// Ambiguities in the order in which the elimination drops them: fewest rows first. A record that
+// serves two frequencies lends its rows to both; an ambiguity without a record counts 0.
 std::vector<int> DropOrder(int nb, const std::vector<AmbRstInfo>& records) {
     const int recordCount = static_cast<int>(records.size());
     std::vector<int> keys(static_cast<std::size_t>(nb), 0);
@@ -94,8 +94,8 @@ class SubsetTrials {
         maxCount_ = sorted.back();
     }
 
-    // Drops the ambiguities that agree in at most `level` pairs, level by level, never below four kept. True
-    // when a set passed and was taken.
+    // Drops the ambiguities that agree in at most `level` pairs, level by level, never below four
+    // kept. True when a set passed and was taken.
     bool ByAgreement(Selection& best) {
         std::vector<int> histogram(static_cast<std::size_t>(levels_), 0);
         for (const int count : counts_) {
@@ -122,8 +122,9 @@ class SubsetTrials {
         return false;
     }
 
-    // Starts from the ambiguities that agree most, and drops one after the other. True when a set passed and was
-    // taken; a set that only came close is taken as well, the last of these standing.
+    // Starts from the ambiguities that agree most, and drops one after the other. True when a set
+    // passed and was taken; a set that only came close is taken as well, the last of these
+    // standing.
     bool ByElimination(Selection& best) {
         std::vector<int> mask(static_cast<std::size_t>(nb_), 1);
         if (maxCount_ > 0) {

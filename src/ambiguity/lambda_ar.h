@@ -1,5 +1,6 @@
-// Partial ambiguity resolution of one float problem: all ambiguities if the ratio test lets them pass, else a
-// subset that does; a grade of the result; the other parameters conditioned on what was kept.
+// Partial ambiguity resolution of one float problem: all ambiguities if the ratio test lets them
+// pass, else a subset that does; a grade of the result; the other parameters conditioned on what
+// was kept.
 #pragma once
 
 #include <vector>
@@ -36,22 +37,24 @@ class LambdaAR {
     LambdaAR& operator=(const LambdaAR&) = default;
     virtual ~LambdaAR() = default;
 
-    // 0 when a result exists, whatever its grade; -1 when the search failed, and the results stay as they were.
+    // 0 when a result exists, whatever its grade; -1 when the search failed, and the results stay
+    // as they were.
     int Resolve();
 
-    // Fixes all nb ambiguities a (covariance Q, cycles) or a subset. -1 when the search failed; 1 when a set that
-    // passed the ratio test stands, else 0. mask: 1 for the set kept; fixed: the best candidate of the whole
-    // set, whatever the subset; rows1 of the records orders the elimination.
+    // Fixes all nb ambiguities a (covariance Q, cycles) or a subset. -1 when the search failed; 1
+    // when a set that passed the ratio test stands, else 0. mask: 1 for the set kept; fixed: the
+    // best candidate of the whole set, whatever the subset; rows1 of the records orders the
+    // elimination.
     int PAR(int nb, gult::matrixT a, gult::matrixT Q, std::vector<AmbRstInfo> records, int& nFixed,
             int* mask, gult::matrixT& fixed, double& ratio);
 
-    // Ratio of the subset of m ambiguities that S (m by nb) picks; T picks the others. 0.0 when the search
-    // failed. candidates is not written. Whether the ratio is above the threshold.
+    // Ratio of the subset of m ambiguities that S (m by nb) picks; T picks the others. 0.0 when the
+    // search failed. candidates is not written. Whether the ratio is above the threshold.
     bool TrySubset(int nb, gult::matrixT a, gult::matrixT Q, int m, gult::matrixT S,
                    gult::matrixT T, gult::matrixT& candidates, double& ratio);
 
-    // Parameters x with cofactors Qxx, conditioned on ambiguities that change by -da: xOut = x - M da and
-    // QOut = Qxx - M Qxa', M = Qxa Qaa^-1.
+    // Parameters x with cofactors Qxx, conditioned on ambiguities that change by -da: xOut = x - M
+    // da and QOut = Qxx - M Qxa', M = Qxa Qaa^-1.
     static void ConditionalUpdate(const gult::matrixT& Qxx, const gult::matrixT& Qxa,
                                   const gult::matrixT& Qaa, const gult::matrixT& da,
                                   gult::matrixT x, gult::matrixT& xOut, gult::matrixT& QOut);

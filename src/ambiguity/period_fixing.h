@@ -1,5 +1,5 @@
-// Fixing period by period: the float problem of each period, resolved by itself, and float periods that borrow
-// the coordinates of fixed ones.
+// Fixing period by period: the float problem of each period, resolved by itself, and float periods
+// that borrow the coordinates of fixed ones.
 #pragma once
 
 #include <vector>
@@ -36,12 +36,12 @@ class PeriodFixing {
     PeriodFixing(int solveModel, double threshold, const PeriodEquations& floatEquations)
         : model(solveModel), ratioThreshold(threshold), equations(floatEquations) {}
 
-    // Resolves every period, lets float ones borrow, and collects the integers. True when the search of at least
-    // one period succeeded.
+    // Resolves every period, lets float ones borrow, and collects the integers. True when the
+    // search of at least one period succeeded.
     bool Resolve();
 
-    // Resolves period b again, with the conditioned common parameters of each fixed period as a prior, and
-    // appends a record when that fixes it.
+    // Resolves period b again, with the conditioned common parameters of each fixed period as a
+    // prior, and appends a record when that fixes it.
     void GetPeriodXbIWithSubXaIConstraint(int fixedCount, const int* fixedPeriods, int b);
 
   private:

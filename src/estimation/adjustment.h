@@ -44,8 +44,8 @@ double ResidualScale(double rms);
 // Length of the coordinate part of a correction, metres.
 double CoordinateCorrection(gult::matrixT& dx);
 
-// Completes a record: vector, covariance, accuracies, degrees of freedom. minLength is added to a length of zero.
-// Moves the solver's rover to the end of the vector.
+// Completes a record: vector, covariance, accuracies, degrees of freedom. minLength is added to a
+// length of zero. Moves the solver's rover to the end of the vector.
 void CloseSolution(SolveResult& result, StaticSolve& solver, const gult::matrixT& covariance,
                    const AdjustmentQuality& quality, int dof, double sigmaDd, double minLength);
 

@@ -12,8 +12,8 @@ struct Coefficients {
     double a, b;
 };
 
-// Ionosphere-free coefficients of the phases in cycles. For Galileo b has f2 squared where the other systems
-// have f1 f2; it stands so. A Galileo without both bands has no combination.
+// Ionosphere-free coefficients of the phases in cycles. For Galileo b has f2 squared where the
+// other systems have f1 f2; it stands so. A Galileo without both bands has no combination.
 Coefficients IonosphereFree(int system, const Carriers& carriers) {
     const double f1 = carriers.frequency1;
     const double f2 = carriers.frequency2;
@@ -92,7 +92,8 @@ LaneCombination CombinationOf(int mode, int block, int system, const Carriers& c
         combination.ionoFactor = 0.0;
         return combination;
     }
-    // The second block takes the second frequency's own wavelength, 0 for a Galileo band that does not exist.
+    // The second block takes the second frequency's own wavelength, 0 for a Galileo band that does
+    // not exist.
     combination.wavelength =
         block == kSecondBlock ? carriers.wavelength2 : kSpeedOfLight / (a * f1 + b * f2);
     if (block == kSecondBlock && (system == kGps || system == kBds)) {

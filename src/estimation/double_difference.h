@@ -1,5 +1,5 @@
-// Double differences of one frequency block of one epoch: the observed minus computed values that the float
-// solution, the fixed solution and the integer search start from.
+// Double differences of one frequency block of one epoch: the observed minus computed values that
+// the float solution, the fixed solution and the integer search start from.
 #pragma once
 
 #include <optional>
@@ -20,9 +20,9 @@ struct Row {
     int para;       // GLONASS: position in the run's segments; else -1
 };
 
-// The rows of an epoch, by satellite number: satellites in use, other than the references, for which `ambiguities`
-// holds a track at that epoch; in model 6 the wide-lane list (null otherwise) as well, and for GLONASS the
-// run's segments.
+// The rows of an epoch, by satellite number: satellites in use, other than the references, for
+// which `ambiguities` holds a track at that epoch; in model 6 the wide-lane list (null otherwise)
+// as well, and for GLONASS the run's segments.
 class RowFinder {
   public:
     // The lists are taken as they are now.
@@ -57,12 +57,13 @@ class DoubleDifferencer {
   public:
     DoubleDifferencer(StaticSolve& solver, int mode, int block, ModelForm form);
 
-    // Evaluates the references that the epoch holds, at the solver's rover position. False when there is none.
+    // Evaluates the references that the epoch holds, at the solver's rover position. False when
+    // there is none.
     bool TakeUpEpoch(int epochIndex, const StaticPeriod& period);
     const SystemReference& ReferenceOf(int system) const { return references_[system]; }
 
-    // The double difference of a row of that epoch, whose system has its reference there. For GLONASS the
-    // reference's ambiguity is taken out as far as it is known.
+    // The double difference of a row of that epoch, whose system has its reference there. For
+    // GLONASS the reference's ambiguity is taken out as far as it is known.
     DoubleDifference Form(const Row& row);
 
     const CarrierTable& carrierTable() const { return model_.carrierTable(); }

@@ -1,6 +1,6 @@
-// The fixed solution: the rover position once more, with the ambiguities held at their integers. Only the common
-// parameters remain; each epoch's double differences get their full covariance, and their residuals a second,
-// median-based robust weight.
+// The fixed solution: the rover position once more, with the ambiguities held at their integers.
+// Only the common parameters remain; each epoch's double differences get their full covariance, and
+// their residuals a second, median-based robust weight.
 #include "estimation/fixed_solution.h"
 
 #include <algorithm>
@@ -186,8 +186,8 @@ class FixedSolution {
         return carriers.HasFirstGalileoBand() && carriers.HasSecondGalileoBand();
     }
 
-    // Weighs the block by the covariance of its rows and adds it to the normal equations. Rows of different systems
-    // are not correlated, so each system's rows are weighed by themselves.
+    // Weighs the block by the covariance of its rows and adds it to the normal equations. Rows of
+    // different systems are not correlated, so each system's rows are weighed by themselves.
     void AddBlock(const std::vector<Row>& rows) {
         misclosures_.clear();
         for (const FixedRow& row : rowsOfBlock_) {

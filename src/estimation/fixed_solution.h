@@ -1,5 +1,5 @@
-// The pieces of the fixed solution that can be told alone: variances, covariances and robust weights of the double
-// differences of an epoch.
+// The pieces of the fixed solution that can be told alone: variances, covariances and robust
+// weights of the double differences of an epoch.
 #pragma once
 
 #include <vector>
@@ -11,8 +11,8 @@ namespace vornel {
 // A variance that takes a row out, where nothing is known of it.
 inline constexpr double kUnknownVariance = 9999.0;
 
-// A-priori variance, m^2, of a satellite's part in a double difference: constant, with elevation (radians), and
-// with the length of the baseline (metres), for the phase combination coefA, coefB.
+// A-priori variance, m^2, of a satellite's part in a double difference: constant, with elevation
+// (radians), and with the length of the baseline (metres), for the phase combination coefA, coefB.
 double PhaseVariance(int system, double elevation, double baselineLength, double coefA,
                      double coefB);
 
@@ -20,8 +20,9 @@ double PhaseVariance(int system, double elevation, double baselineLength, double
 double PhaseVarianceOfSine(int system, double sine, double baselineLength, double coefA,
                            double coefB);
 
-// Covariance of the double differences of a block. counts: rows of each of systemCount systems, in row order;
-// qr, qs: variances of each row's reference and satellite. Rows of a system share their reference.
+// Covariance of the double differences of a block. counts: rows of each of systemCount systems, in
+// row order; qr, qs: variances of each row's reference and satellite. Rows of a system share their
+// reference.
 gult::matrixT CovOfDoubleDifferences(const int* counts, int systemCount,
                                      const std::vector<double>& qr, const std::vector<double>& qs,
                                      int size);

@@ -1,8 +1,10 @@
-// The float solution: rover position, GLONASS bias and one real-valued ambiguity a track, by least squares on
-// double differences of one phase combination (two in model 3), in passes that weigh down outliers.
+// The float solution: rover position, GLONASS bias and one real-valued ambiguity a track, by least
+// squares on double differences of one phase combination (two in model 3), in passes that weigh
+// down outliers.
 //
-// One pass: reset -> index tables -> every epoch's rows into its period's normal equations -> screening of the
-// tracks -> constraints -> solve -> update of the parameters -> quality, which scales the next pass.
+// One pass: reset -> index tables -> every epoch's rows into its period's normal equations ->
+// screening of the tracks -> constraints -> solve -> update of the parameters -> quality, which
+// scales the next pass.
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -93,8 +95,8 @@ class FloatSolution {
     int TotalCount() const {
         return commonCount_ + static_cast<int>(ambiguities_.size()) * BlockCount(mode_);
     }
-    // Global index of a track's ambiguity. In model 3 the second one stands behind the first by the number of its
-    // period's own tracks, also when there are several periods.
+    // Global index of a track's ambiguity. In model 3 the second one stands behind the first by the
+    // number of its period's own tracks, also when there are several periods.
     int GlobalIndexOf(std::size_t p, int listPosition, int block) const {
         return commonCount_ + listPosition + block * TracksOf(p);
     }
@@ -246,8 +248,8 @@ class FloatSolution {
                                     : carriers.HasSecondGalileoBand();
     }
 
-    // Erases tracks with too few rows, turns sums of squares into rms, and erases tracks that fit too badly. True
-    // when one was erased.
+    // Erases tracks with too few rows, turns sums of squares into rms, and erases tracks that fit
+    // too badly. True when one was erased.
     bool ScreenTracks() {
         const std::size_t before = ambiguities_.size();
         const int fewest = std::max(solver_.config.minEpochs, kFewestRows);
@@ -361,7 +363,8 @@ class FloatSolution {
         return tables;
     }
 
-    // Period by period in local order, so that in model 3 a later period's value stands where two indices meet.
+    // Period by period in local order, so that in model 3 a later period's value stands where two
+    // indices meet.
     matrixT StartVector() {
         matrixT x0(Index(TotalCount()), 1);
         x0(0, 0) = solver_.roverPosition.X;
@@ -387,7 +390,8 @@ class FloatSolution {
         }
     }
 
-    // Solves the equations, moves all parameters, and sets the quality. The length of the coordinate correction.
+    // Solves the equations, moves all parameters, and sets the quality. The length of the
+    // coordinate correction.
     double SolveAndUpdate(int widestPeriod) {
         equations_ = PeriodEquations(mode_, static_cast<int>(PeriodCount()), widestPeriod, 0);
         equations_.Set(solver_.hasGlonass == 1 ? 1 : 0, solver_.periodFlag, commonCount_,

@@ -1,8 +1,8 @@
 // Normal equations of all periods side by side.
 //
-// Periods share the common parameters (rover coordinates, GLONASS bias) and have ambiguities of their own. The
-// equations are solved by eliminating each period's ambiguities onto the common parameters, and each period can
-// be handed out as a float problem of its own.
+// Periods share the common parameters (rover coordinates, GLONASS bias) and have ambiguities of
+// their own. The equations are solved by eliminating each period's ambiguities onto the common
+// parameters, and each period can be handed out as a float problem of its own.
 //
 // Three ways to count parameters stand here:
 //   local    in a period: common first, then its ambiguities
@@ -70,8 +70,8 @@ class PeriodEquations {
              const std::vector<gult::matrixT>& normals, const std::vector<gult::matrixT>& rhsides,
              const gult::matrixT& startVector);
 
-    // Solves for x; q: the stacked cofactors, blocks on the diagonal alone: the coupling between blocks is
-    // dropped.
+    // Solves for x; q: the stacked cofactors, blocks on the diagonal alone: the coupling between
+    // blocks is dropped.
     void Solve(gult::matrixT& q);
 
     void SetAmbiguities(const std::vector<AmbRstInfo>& list) { ambiguities = list; }
@@ -82,8 +82,8 @@ class PeriodEquations {
     // sum - sum over the periods of rhsArray' dx, dx being the period's solution minus its start.
     double ReducedSum(double sum, std::vector<gult::matrixT>& rhsArray);
 
-    // Period p as a float problem: nx common parameters and nb ambiguities, their values, cofactors with the
-    // full coupling, and the records of its tracks.
+    // Period p as a float problem: nx common parameters and nb ambiguities, their values, cofactors
+    // with the full coupling, and the records of its tracks.
     void ExtractPeriod(int p, int& nx, int& nb, gult::matrixT& values, gult::matrixT& cofactors,
                        std::vector<AmbRstInfo>& list);
 

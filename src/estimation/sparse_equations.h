@@ -1,4 +1,5 @@
-// Normal equations accumulated from rows that touch few parameters: the common ones and one ambiguity each.
+// Normal equations accumulated from rows that touch few parameters: the common ones and one
+// ambiguity each.
 #pragma once
 
 #include <vector>
@@ -18,8 +19,8 @@ struct EquationRow {
     double weight = 0.0;
 };
 
-// N = sum A'PA, W = sum A'PL, Wu = sum A'L over blocks of rows. Each block is summed by itself before it is added, as
-// its products would be.
+// N = sum A'PA, W = sum A'PL, Wu = sum A'L over blocks of rows. Each block is summed by itself
+// before it is added, as its products would be.
 class SparseEquations {
   public:
     // size: common parameters and ambiguities.

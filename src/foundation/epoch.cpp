@@ -1,4 +1,5 @@
-// Epochs: normalisation, arithmetic, GPS week, calendar, and the leap seconds between UTC and GPS time.
+// Epochs: normalisation, arithmetic, GPS week, calendar, and the leap seconds between UTC and GPS
+// time.
 #include "foundation/epoch.h"
 
 #include <cmath>
@@ -19,7 +20,8 @@ constexpr int kFirstYear = 2000;      // that of day 0
 constexpr int kDaysBeforeMonth[12] = {0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334};
 constexpr int kDaysOfMonth[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
-// UTC minus GPS time from a UTC date on, newest first; a row of zeros ends the table. IERS Bulletin C.
+// UTC minus GPS time from a UTC date on, newest first; a row of zeros ends the table. IERS Bulletin
+// C.
 constexpr double kLeapSeconds[][7] = {
     {2017, 1, 1, 0, 0, 0, -18}, {2015, 7, 1, 0, 0, 0, -17}, {2012, 7, 1, 0, 0, 0, -16},
     {2009, 1, 1, 0, 0, 0, -15}, {2006, 1, 1, 0, 0, 0, -14}, {1999, 1, 1, 0, 0, 0, -13},
@@ -94,8 +96,8 @@ Epoch::Epoch(const double calendar[6]) {
     Normalise();
 }
 
-// Brings `second` and `fraction` into their ranges. A fraction just short of a whole second counts as one,
-// and so does any above.
+// Brings `second` and `fraction` into their ranges. A fraction just short of a whole second counts
+// as one, and so does any above.
 void Epoch::Normalise() {
     if (fraction > 0.999999999) {
         fraction = 1.0;
@@ -133,7 +135,8 @@ double Epoch::SecondsOfWeek() const {
     return seconds;
 }
 
-// The division comes before the multiplication: the rounding decides equalities at the ends of periods.
+// The division comes before the multiplication: the rounding decides equalities at the ends of
+// periods.
 double Epoch::TotalSeconds() const {
     return ((second + fraction) / kSecondsPerDay + day) * kSecondsPerDay;
 }

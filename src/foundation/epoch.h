@@ -8,7 +8,7 @@ class Epoch {
   public:
     int day = 0;            // whole days since 2000-01-01, negative before
     int second = 0;         // whole seconds of the day, 0 to 86399
-    double fraction = 0.0;  // of a second, 0 up to below 1
+    double fraction = 0.0;  // of a second, 0 to 1; 1 only by the rounding of a tiny negative
 
     Epoch() = default;
     // From a day count since 2000-01-01.
@@ -45,7 +45,8 @@ inline bool operator==(const Epoch& left, const Epoch& right) {
 inline bool operator!=(const Epoch& left, const Epoch& right) {
     return !(left == right);
 }
-// Seconds from right to left. Formed field by field, so that it keeps its digits however large `day`.
+// Seconds from right to left. Formed field by field, so that it keeps its digits however large
+// `day`.
 double operator-(const Epoch& left, const Epoch& right);
 Epoch operator+(const Epoch& epoch, double seconds);
 Epoch operator-(const Epoch& epoch, double seconds);

@@ -19,7 +19,8 @@ constexpr const char* kIndexMessage = "matrixT::operator(): Index out of range!"
 matrixT::Representation* matrixT::Allocate(std::uint32_t rowCount, std::uint32_t colCount) {
     static_assert(sizeof(Representation) % alignof(double) == 0);
     const std::size_t elements = std::size_t{rowCount} * colCount;
-    const std::size_t head = sizeof(Representation) + rowCount * sizeof(double*);
+    std::size_t head = sizeof(Representation) + rowCount * sizeof(double*);
+    head = (head + alignof(double) - 1) / alignof(double) * alignof(double);
     if (elements > (std::numeric_limits<std::size_t>::max() - head) / sizeof(double)) {
         throw std::bad_alloc();
     }
@@ -182,8 +183,8 @@ void matrixT::SetIdentity() {
 
 namespace {
 
-// The first of the rows from k on with the largest absolute value in column k; k itself when there is
-// nothing but zeros.
+// The first of the rows from k on with the largest absolute value in column k; k itself when there
+// is nothing but zeros.
 std::uint32_t PivotRow(const double* const* rows, std::uint32_t n, std::uint32_t k) {
     std::uint32_t pivot = k;
     double largest = -1.0;
@@ -215,7 +216,8 @@ void SubtractMultiple(double* row, const double* other, std::uint32_t n, double 
 
 }  // namespace
 
-// There is no tolerance: a matrix that is singular but for rounding is inverted and yields large numbers.
+// There is no tolerance: a matrix that is singular but for rounding is inverted and yields large
+// numbers.
 matrixT matrixT::operator!() const {
     if (rep_->rowCount != rep_->colCount) {
         throw matrix_error("matrixT::operator!: Inversion of a non-square matrix");
@@ -240,7 +242,7 @@ matrixT matrixT::operator!() const {
         const bool finite = IsFinite(left[k] + k, n - k) && IsFinite(right[k], n);
         for (std::uint32_t i = 0; i < n; ++i) {
             const double factor = left[i][k];
-            // Nothing times a finite row leaves the others as they are.
+            // Nothing times a finite row leaves the others as they are, but for the sign of a zero.
             if (i == k || (factor == 0.0 && finite)) {
                 continue;
             }

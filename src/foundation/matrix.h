@@ -1,8 +1,8 @@
 // Dense matrices of double with copy-on-write sharing.
 //
-// A matrixT is a handle on a shared representation: copies are cheap and may be passed by value; the
-// first access to an element through a handle that shares its representation gives that handle a
-// private copy. A vector is a matrix of one column.
+// A matrixT is a handle on a shared representation: copies are cheap and may be passed by value;
+// the first access to an element through a handle that shares its representation gives that handle
+// a private copy. A vector is a matrix of one column.
 #pragma once
 
 #include <cstdint>
@@ -32,8 +32,8 @@ class matrixT {
 
     // The element, after a check of both indices; unshares the handle first, reads included.
     double& operator()(std::uint32_t row, std::uint32_t column);
-    // The ColCount() values of a row, for reading alone: the handle stays shared. Good until the matrix is
-    // next written to. Throws like operator().
+    // The ColCount() values of a row, for reading alone: the handle stays shared. Good until the
+    // matrix is next written to. Throws like operator().
     const double* RowValues(std::uint32_t row) const;
     // The same for writing: unshares the handle.
     double* MutableRow(std::uint32_t row);
@@ -89,12 +89,12 @@ matrixT operator*(const matrixT& left, double factor);
 matrixT SubBlock(matrixT source, std::uint32_t firstRow, std::uint32_t firstColumn,
                  std::uint32_t rowCount, std::uint32_t colCount);
 
-// Selection matrices of a mask of n integers, m of them non-zero: the first, m by n, picks the masked
-// elements of an n-vector, the second, n-m by n, the others; both in ascending order.
+// Selection matrices of a mask of n integers, m of them non-zero: the first, m by n, picks the
+// masked elements of an n-vector, the second, n-m by n, the others; both in ascending order.
 std::pair<matrixT, matrixT> SelectionPair(int n, int m, const int* mask);
 
-// Masked columns of `cross` (nx by nb), and masked rows and columns of `square` (nb by nb), for a mask
-// of nb integers.
+// Masked columns of `cross` (nx by nb), and masked rows and columns of `square` (nb by nb), for a
+// mask of nb integers.
 std::pair<matrixT, matrixT> MaskedBlocks(int nx, int nb, const int* mask, matrixT cross,
                                          matrixT square);
 

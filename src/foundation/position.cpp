@@ -15,8 +15,9 @@ constexpr double kAxisTimesEccentricitySquared = 42697.672707171565;
 
 }  // namespace
 
-// Fixed-point iteration of tan B = (Z + a e^2 sin B / w) / p, with the right side written by the geocentric
-// latitude psi, so that Z is divided by: not a number for Z = 0. A comparison with that ends the loop.
+// Fixed-point iteration of tan B = (Z + a e^2 sin B / w) / p, with the right side written by the
+// geocentric latitude psi, so that Z is divided by: not a number for Z = 0. A comparison with that
+// ends the loop.
 BLHPosition XYZPosition::ToBLH() const {
     const double p = std::sqrt(X * X + Y * Y);
     const double r = std::sqrt(X * X + Y * Y + Z * Z);

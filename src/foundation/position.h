@@ -51,7 +51,8 @@ class XYZPosition {
     NEUPosition ToNEU(XYZPosition station) const;
 };
 
-// A station with its geodetic coordinates and local axes, worked out once for all that is seen from it.
+// A station with its geodetic coordinates and local axes, worked out once for all that is seen from
+// it.
 class Station {
   public:
     XYZPosition position;
@@ -67,7 +68,8 @@ class Station {
 // Metres.
 double Distance(XYZPosition a, XYZPosition b);
 
-// Fills r with the 3 by 3 rotation from earth-centred to local axes at `position`, rows north, east, up.
+// Fills r with the 3 by 3 rotation from earth-centred to local axes at `position`, rows north,
+// east, up.
 void MakeRotationNEU(gult::matrixT& r, XYZPosition position);
 
 // Radians clockwise from north, 0 up to below 2 pi; 0 for a zero vector.

@@ -10,7 +10,8 @@ struct Carrier {
     double wavelength;  // m
 };
 
-// Galileo OS SIS ICD, table 2: E1, E5a, E5b, E5, E6. E1 and E5b share the carriers of GPS L1 and BDS B2.
+// Galileo OS SIS ICD, table 2: E1, E5a, E5b, E5, E6. E1 and E5b share the carriers of GPS L1 and
+// BDS B2.
 Carrier CarrierOfBand(int band) {
     switch (band) {
         case 1:

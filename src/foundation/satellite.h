@@ -54,8 +54,8 @@ inline constexpr double kBdsIonoFreeB = -1.9232363106605321;
 
 // Number across the systems of satellite `id` of `system`; 0 when there is none.
 int MakeSatNumber(int system, int id);
-// System code of a number, 0 when it is not from 1 to 135; *id, if given, gets the number in the system
-// (the number as handed in when it is out of range).
+// System code of a number, 0 when it is not from 1 to 135; *id, if given, gets the number in the
+// system (the number as handed in when it is out of range).
 inline int SplitSatNumber(int number, int* id = nullptr) {
     const bool inRange = number >= 1 && number <= kSatelliteCount;
     const SatelliteBlock* block = nullptr;
@@ -77,8 +77,8 @@ double GlonassL2Frequency(int channel);
 double GlonassL1Wavelength(int channel);
 double GlonassL2Wavelength(int channel);
 
-// Galileo carriers by band: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. Any other band has ten times the frequency of
-// E1 and wavelength 0.
+// Galileo carriers by band: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. Any other band has ten times the
+// frequency of E1 and wavelength 0.
 double BandFrequency(int band);
 double BandWavelength(int band);
 

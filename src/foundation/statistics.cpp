@@ -42,8 +42,8 @@ double NormalQuantile(double p) {
     return std::sqrt(y * polynomial);
 }
 
-// The recurrence starts at the halves that share the parity of a and b and climbs in whole steps: first i
-// to b, then j to a.
+// The recurrence starts at the halves that share the parity of a and b and climbs in whole steps:
+// first i to b, then j to a.
 double BetaSeries(int a, int b, double x, double& d) {
     const bool aIsOdd = a % 2 != 0;
     const bool bIsOdd = b % 2 != 0;

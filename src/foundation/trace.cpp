@@ -1,4 +1,5 @@
-// The trace file: opening, the daily rollover, lines and matrix dumps, and the expansion of its name.
+// The trace file: opening, the daily rollover, lines and matrix dumps, and the expansion of its
+// name.
 #include "foundation/trace.h"
 
 #include <cmath>
@@ -42,7 +43,8 @@ int DayOfWeek(const Epoch& time) {
     return static_cast<int>(time.SecondsOfWeek() / 86400.0);
 }
 
-// Begins a new file when the day of the week is another than at the last opening and the name has keywords.
+// Begins a new file when the day of the week is another than at the last opening and the name has
+// keywords.
 void RollOver() {
     const Epoch now = GpsNow();
     const std::lock_guard<CriticalSection> guard(traceLock);

@@ -79,7 +79,8 @@ void StaticSolve::RunSingleModel() {
         return;
     }
     status = numbers.floatDone;
-    // Single-frequency ambiguities are not attempted on long baselines: the float solution is final.
+    // Single-frequency ambiguities are not attempted on long baselines: the float solution is
+    // final.
     const bool singleFrequency = solveModel == 1 || solveModel == 2;
     if (singleFrequency && Distance(roverPosition, basePosition) >= config.maxFixBaseline) {
         return;

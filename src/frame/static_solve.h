@@ -13,6 +13,7 @@
 #include "ambiguity/ambiguity_records.h"
 #include "estimation/period_equations.h"
 #include "foundation/position.h"
+#include "frame/run_status.h"
 #include "frame/solve_config.h"
 #include "observation/model_cache.h"
 #include "observation/observation_records.h"
@@ -21,18 +22,6 @@
 #include "result/solution_records.h"
 
 namespace vornel {
-
-// Where a run stands, or ended. The numbers of the solve models stand in frame/run_status.h.
-namespace run_status {
-inline constexpr int kConstructed = 0;
-inline constexpr int kStarted = 10;
-inline constexpr int kNoPeriod = 11;
-inline constexpr int kPrepared = 12;
-inline constexpr int kNoReference = 13;
-inline constexpr int kReferencesSelected = 14;
-inline constexpr int kTripleDifferenceFailed = 20;
-inline constexpr int kTripleDifferenceDone = 21;
-}  // namespace run_status
 
 class StaticSolve {
   public:
@@ -86,20 +75,23 @@ class StaticSolve {
 
     // Filters satellites and cuts the epochs into periods. 10, 11 or 12.
     int CutPeriods();
-    // Chooses each period's reference satellites and thins its epochs to what can be differenced. 13 or 14.
+    // Chooses each period's reference satellites and thins its epochs to what can be differenced.
+    // 13 or 14.
     int SelectRefSats();
-    // Robust double-difference baseline from sdObserved; 1 when accepted. Only with reservedProcessFlag 1.
+    // Robust double-difference baseline from sdObserved; 1 when accepted. Only with
+    // reservedProcessFlag 1.
     int SolvePreliminaryBaseline();
     // The first robust baseline, free of ambiguities; moves roverPosition. 20 or 21.
     int SolveTripleDifference();
-    // Repair phases in place, thin activeSats, build ambiguityParas: GLONASS at single-difference level, the other
-    // systems at double-difference level.
+    // Repair phases in place, thin activeSats, build ambiguityParas: GLONASS at single-difference
+    // level, the other systems at double-difference level.
     void RepairGlonassSlips();
     void RepairDoubleDifferenceSlips();
     // Gives GLONASS segments the reference satellite's ambiguities and cuts them by its arcs.
     void AlignGlonassReference();
 
-    // Least squares with real ambiguities in a solve model 1 to 6. 1 when a result was filed, 0 otherwise.
+    // Least squares with real ambiguities in a solve model 1 to 6. 1 when a result was filed, 0
+    // otherwise.
     int FloatSolveMulEq(int mode);
     // Makes the float ambiguities of a model integers. 1 when `out` holds a result.
     int FixAmbiguity(int useStrategy, int model, SolveResultFixed& out);
@@ -111,13 +103,14 @@ class StaticSolve {
     int FixByLambda(int model, SolveResultFixed& out);
     int FixBySearch(int model, SolveResultFixed& out);
 
-    // 1 when the epoch-to-epoch changes `deltas` (metres, by satellite number - 1) of the satellites agree, 0 when a
-    // majority, whose mean is given, stands against outliers, which are appended; -1 when undecided.
+    // 1 when the epoch-to-epoch changes `deltas` (metres, by satellite number - 1) of the
+    // satellites agree, 0 when a majority, whose mean is given, stands against outliers, which are
+    // appended; -1 when undecided.
     int ClusterDeltas(std::vector<int> sats, const double* deltas, int frequency, double& mean,
                       std::vector<int>& outliers) const;
 
-    // The antenna term of the between-station value, metres. c1, c2: the phase combination; lambda1, lambda2: metres;
-    // elevR, elevB: elevations at rover and base, radians.
+    // The antenna term of the between-station value, metres. c1, c2: the phase combination;
+    // lambda1, lambda2: metres; elevR, elevB: elevations at rover and base, radians.
     double AntennaSdCorrection(double c1, double c2, double lambda1, double lambda2, double elevR,
                                double elevB) const;
     // The same from the sines of the elevations.

@@ -1,5 +1,5 @@
-// The computed rover-minus-base value of satellites for one pair of station positions: what the stations alone
-// determine is worked out once for all satellites and epochs.
+// The computed rover-minus-base value of satellites for one pair of station positions: what the
+// stations alone determine is worked out once for all satellites and epochs.
 #pragma once
 
 #include "observation/ionosphere.h"
@@ -42,8 +42,8 @@ class ModelStation {
     StationIonosphere ionosphere_;
 };
 
-// Refreshes sdRange, sdIono, sdTrop and azelA of a satellite and gives the line of sight. base: what the base sees of
-// the satellite at that epoch.
+// Refreshes sdRange, sdIono, sdTrop and azelA of a satellite and gives the line of sight. base:
+// what the base sees of the satellite at that epoch.
 ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
                                ModelStation& rover, const XYZPosition& basePosition,
                                const StationDelays& base);

@@ -1,4 +1,5 @@
-// The two carriers of each satellite: frequencies, wavelengths, and how the ionosphere scales to them.
+// The two carriers of each satellite: frequencies, wavelengths, and how the ionosphere scales to
+// them.
 #pragma once
 
 namespace vornel {

@@ -1,5 +1,5 @@
-// From raw observations to corrected epochs: one receiver's satellites with their positions and clocks, then
-// the difference of two receivers.
+// From raw observations to corrected epochs: one receiver's satellites with their positions and
+// clocks, then the difference of two receivers.
 #include <algorithm>
 #include <cmath>
 
@@ -7,6 +7,7 @@
 #include "observation/observation_records.h"
 #include "orbit/broadcast_ephemeris.h"
 #include "orbit/glonass_orbit.h"
+#include "orbit/limits.h"
 #include "orbit/precise_ephemeris.h"
 
 namespace vornel {
@@ -18,10 +19,6 @@ constexpr int kMaxPasses = 10;
 constexpr double kTimeTolerance = 1e-8;     // s, of the transmission time
 constexpr double kVelocityInterval = 0.01;  // s
 constexpr double kElevationAtZenith = 1.5707963267948966;
-
-// Rotation of the earth, rad/s: IS-GPS-200 and Galileo OS SIS ICD; BDS-SIS-ICD and GLONASS ICD.
-constexpr double kEarthRateGps = 7.2921151467e-05;
-constexpr double kEarthRateBds = 7.292115e-05;
 
 double EarthRate(int system, bool broadcast) {
     return system == kBds || (system == kGlonass && broadcast) ? kEarthRateBds : kEarthRateGps;
@@ -36,8 +33,8 @@ XYZPosition RotateToReception(const XYZPosition& position, double travelTime, do
             position.Y * cosTheta - position.X * sinTheta, position.Z};
 }
 
-// From the frame of GLONASS broadcast orbits to that of all others: a shift, metres. Precise orbits of
-// GLONASS are in the common frame already.
+// From the frame of GLONASS broadcast orbits to that of all others: a shift, metres. Precise orbits
+// of GLONASS are in the common frame already.
 XYZPosition ShiftFromPz90(const XYZPosition& position) {
     return {position.X - 0.36, position.Y + 0.08, position.Z + 0.18};
 }
@@ -63,7 +60,8 @@ std::vector<int> Intersection(const std::vector<int>& left, const std::vector<in
     return common;
 }
 
-// Channel of a slot when precise orbits are in use: broadcast records tell it, or else the fixed table.
+// Channel of a slot when precise orbits are in use: broadcast records tell it, or else the fixed
+// table.
 std::int16_t ChannelOfPreciseOrbit(int slot) {
     const GlonassEphemeris* record = GlonassEphemerides().FirstOfSlot(slot);
     return static_cast<std::int16_t>(record != nullptr ? record->channel
@@ -143,10 +141,11 @@ bool ZDObsData::SatelliteAt(const Epoch& time, int number, XYZPosition& position
     }
 }
 
-// Iterates the signal's travel time from the code of the first signal: code minus range is the receiver's
-// clock error, which with the satellite's own separates transmission from the epoch's tag. A satellite
-// without that code starts, and is solved, from a code of 0.0. Time, position and clock found are those of
-// the last orbit asked for. False without an orbit, or when ten passes don't settle the time.
+// Iterates the signal's travel time from the code of the first signal: code minus range is the
+// receiver's clock error, which with the satellite's own separates transmission from the epoch's
+// tag. A satellite without that code starts, and is solved, from a code of 0.0. Time, position and
+// clock found are those of the last orbit asked for. False without an orbit, or when ten passes
+// don't settle the time.
 bool ZDObsData::FindTransmission(int number, const XYZPosition& station,
                                  Transmission& found) const {
     const double firstCode = code[number - 1][0];
@@ -169,9 +168,9 @@ bool ZDObsData::FindTransmission(int number, const XYZPosition& station,
     return false;
 }
 
-// Fills position, velocity, clock and channel of a satellite. False when the satellite is to be left out: it
-// has no orbit at transmission or, but for GLONASS broadcast orbits, none a moment earlier. A GLONASS
-// satellite that fails only there goes on with a position of zero.
+// Fills position, velocity, clock and channel of a satellite. False when the satellite is to be
+// left out: it has no orbit at transmission or, but for GLONASS broadcast orbits, none a moment
+// earlier. A GLONASS satellite that fails only there goes on with a position of zero.
 bool ZDObsData::LocateSatellite(int number, const XYZPosition& station) {
     const int s = number - 1;
     int id = 0;

@@ -15,7 +15,8 @@ constexpr double kTwoPi = 2.0 * std::numbers::pi;
 constexpr double kHalfPi = 1.5707963267948966;
 constexpr double kDay = 86400.0;  // s
 
-// Electrons per square metre in the zenith at a local time in hours: a cosine by day, constant by night.
+// Electrons per square metre in the zenith at a local time in hours: a cosine by day, constant by
+// night.
 double ShellContent(double localTime) {
     if (localTime > 8.0 && localTime < 20.0) {
         return std::cos(kPi * (localTime - 14.0) / 12.0) * 3e+17 + 1e+17;
@@ -71,9 +72,10 @@ double StationIonosphere::ShellDelay(double secondsOfWeek, double elevation) con
     return kDelayFactor / std::cos(shellZenithAngle) * ShellContent(localTime);
 }
 
-// The steps of IS-GPS-200, 20.3.3.5.2.5, with two departures that this system keeps: angles are divided by 2 pi where
-// that text divides by pi, and the time of day is formed from the seconds of the week by one subtraction of
-// a day at most, so that the daily maximum shows on the first day of the week alone.
+// The steps of IS-GPS-200, 20.3.3.5.2.5, with two departures that this system keeps: angles are
+// divided by 2 pi where that text divides by pi, and the time of day is formed from the seconds of
+// the week by one subtraction of a day at most, so that the daily maximum shows on the first two
+// days of the week alone.
 double StationIonosphere::BroadcastDelay(const IonosphereParameters& parameters,
                                          double secondsOfWeek, double elevation,
                                          double azimuth) const {

@@ -31,8 +31,8 @@ class StationIonosphere {
     double scaledLongitude_;
 };
 
-// The broadcast model when its coefficients are known, a fixed diurnal shell model otherwise. Angles in
-// radians; 0.0 for a station higher than 100 km.
+// The broadcast model when its coefficients are known, a fixed diurnal shell model otherwise.
+// Angles in radians; 0.0 for a station higher than 100 km.
 double IonoDelay(XYZPosition station, double secondsOfWeek, double elevation, double azimuth);
 
 }  // namespace vornel

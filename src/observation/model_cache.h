@@ -1,9 +1,11 @@
-// What has been modelled in a run, so that nothing is worked out twice for the same pair of positions.
+// What has been modelled in a run, so that nothing is worked out twice for the same pair of
+// positions.
 //
-// For each satellite and epoch the cache keeps the line of sight of the last evaluation, whose other values stand in the
-// record itself (sdRange, sdIono, sdTrop, azelA), and the delays at the base, which does not move. An entry is
-// stale when the rover, the base or the form of the troposphere differs from those of the evaluation; the satellite
-// positions and the atmosphere's parameters are taken not to change during a run.
+// For each satellite and epoch the cache keeps the line of sight of the last evaluation, whose
+// other values stand in the record itself (sdRange, sdIono, sdTrop, azelA), and the delays at the
+// base, which does not move. An entry is stale when the rover, the base or the form of the
+// troposphere differs from those of the evaluation; the satellite positions and the atmosphere's
+// parameters are taken not to change during a run.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +18,8 @@ namespace vornel {
 
 class ModelCache {
   public:
-    // Brings the modelled fields of a satellite in `record`, the epoch of that index, to the two positions.
+    // Brings the modelled fields of a satellite in `record`, the epoch of that index, to the two
+    // positions.
     ModelledSatellite Refreshed(ModelForm form, SDObsData& record, int epochIndex, int satNumber,
                                 const XYZPosition& rover, const XYZPosition& base);
 

@@ -1,5 +1,6 @@
-// The observations of an epoch: records with one slot for each of the 135 satellite numbers. A missing value is 0.0.
-// Copies of a record share what neither of them changes.
+// The observations of an epoch: records with one slot for each of the 135 satellite numbers. A
+// missing value is 0.0. Copies of a record share its tables until one of them is accessed for
+// writing.
 //
 // Index [s] is satellite number minus 1, index [f] 0 for the first and 1 for the second signal.
 #pragma once
@@ -59,19 +60,19 @@ class ZDObsData : public RWObsData {
     ZDObsData(int ephemerisSource, int useGps, int useGlonass, int useBds, int useGalileo,
               int tropoModel);
 
-    // Stores the 64 slots of one receiver: satellite numbers (others than 1 to 135 are skipped), codes (m) and
-    // phases (cycles) on both signals.
+    // Stores the 64 slots of one receiver: satellite numbers (others than 1 to 135 are skipped),
+    // codes (m) and phases (cycles) on both signals.
     void Fill(int week, double seconds, const int* satellites, const double* code1,
               const double* code2, const double* phase1, const double* phase2);
 
-    // Solves transmission time, position, velocity, clock and direction of every satellite seen from `station`
-    // and sorts the satellites at or above the mask (radians) into the three derived lists. dualFlag becomes 1
-    // when one of them has both signals.
+    // Solves transmission time, position, velocity, clock and direction of every satellite seen
+    // from `station` and sorts the satellites at or above the mask (radians) into the three derived
+    // lists. dualFlag becomes 1 when one of them has both signals.
     void Correct(XYZPosition station, double elevationMask, int& dualFlag);
 
   private:
-    // Position and clock of a satellite from the orbits in use; channel is written by GLONASS broadcast
-    // orbits alone.
+    // Position and clock of a satellite from the orbits in use; channel is written by GLONASS
+    // broadcast orbits alone.
     bool SatelliteAt(const Epoch& time, int number, XYZPosition& position, double& clock,
                      int& channel) const;
     bool UsesSystem(int system) const;
@@ -105,9 +106,10 @@ class SDObsData : public RWObsData {
     // Intersects and differences two receivers' records. The epoch is their mean, a whole second.
     void Form(const ZDObsData& rover, const ZDObsData& base);
 
-    // The computed rover-minus-base value of a satellite, metres, with positions in ECEF metres: range with
-    // satellite clocks, troposphere, minus ionoFactor times the ionosphere of the first GPS frequency.
-    // unit: from the satellite to the rover. Refreshes sdRange, sdIono, sdTrop and azelA of the satellite.
+    // The computed rover-minus-base value of a satellite, metres, with positions in ECEF metres:
+    // range with satellite clocks, troposphere, minus ionoFactor times the ionosphere of the first
+    // GPS frequency. unit: from the satellite to the rover. Refreshes sdRange, sdIono, sdTrop and
+    // azelA of the satellite.
     void Model(double ionoFactor, int satNumber, XYZPosition rover, XYZPosition base,
                double unit[3], double& value);
     // The same with the MOPS troposphere, for the fixed solution.

@@ -1,5 +1,6 @@
-// Values by satellite: Width doubles for each of the 135 satellite numbers, of which only those that were written take
-// room. All others read as zeros. Copies share their values until one of them is written, like matrices do.
+// Values by satellite: Width doubles for each of the 135 satellite numbers, of which only those
+// that were written take room. All others read as zeros. Copies share their values until one of
+// them is written, like matrices do.
 #pragma once
 
 #include <cstdint>

@@ -22,10 +22,10 @@ double InsideOr(double value, double low, double high, double otherwise) {
     return value > low && value < high ? value : otherwise;
 }
 
-// Integral of the refractivity of one layer along the ray, m: the profile N (1 - h/H)^4 with the height h
-// along the ray expanded in the distance, integrated term by term up to the layer's top.
-// refractivity: at the station; top: of the layer above the station, km; r: of the station from the centre
-// of the earth, km.
+// Integral of the refractivity of one layer along the ray, m: the profile N (1 - h/H)^4 with the
+// height h along the ray expanded in the distance, integrated term by term up to the layer's top.
+// refractivity: at the station; top: of the layer above the station, km; r: of the station from the
+// centre of the earth, km.
 double LayerDelay(double refractivity, double top, double r, double elevation) {
     const double sinE = std::sin(elevation);
     const double cosE = std::cos(elevation);
@@ -55,8 +55,8 @@ double LayerDelay(double refractivity, double top, double r, double elevation) {
     return length * 1000.0 * refractivity;
 }
 
-// Parameters of the MOPS model: pressure (hPa), temperature (K), water vapour pressure (hPa), temperature
-// lapse rate (K/m), water vapour lapse rate.
+// Parameters of the MOPS model: pressure (hPa), temperature (K), water vapour pressure (hPa),
+// temperature lapse rate (K/m), water vapour lapse rate.
 struct MopsValues {
     double pressure, temperature, vapour, beta, lambda;
 };

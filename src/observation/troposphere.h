@@ -1,5 +1,5 @@
-// Slant tropospheric delay, metres: modified Hopfield and Saastamoinen, driven by the surface weather, and the
-// climatological model of RTCA MOPS (DO-229).
+// Slant tropospheric delay, metres: modified Hopfield and Saastamoinen, driven by the surface
+// weather, and the climatological model of RTCA MOPS (DO-229).
 #pragma once
 
 #include "foundation/epoch.h"
@@ -15,16 +15,17 @@ struct SurfaceWeather {
 };
 const SurfaceWeather& CurrentSurfaceWeather();
 
-// Degrees Celsius, hPa, percent. A value not strictly inside -50 to 100, 500 to 2000, 0 to 100 is replaced by
-// 18, 1013.25, 50.
+// Degrees Celsius, hPa, percent. A value not strictly inside -50 to 100, 500 to 2000, 0 to 100 is
+// replaced by 18, 1013.25, 50.
 void SetSurfaceWeather(double temperature, double pressure, double humidity);
 
-// Model 0 modified Hopfield, 1 Saastamoinen, any other 0.0; 0.0 for a station higher than 10 km.
+// Model 0 modified Hopfield, 1 Saastamoinen, any other 0.0; 0.0 for a station more than 10 km
+// above or below the ellipsoid.
 // Elevation in radians.
 double TropoDelay(int model, XYZPosition station, double elevation);
 
-// The slant delays at one station in one weather: what does not depend on the satellite is worked out once. Stale when
-// the weather changes.
+// The slant delays at one station in one weather: what does not depend on the satellite is worked
+// out once. Stale when the weather changes.
 class StationTroposphere {
   public:
     // Model as in TropoDelay, at any height; geodetic: of the station.
@@ -48,7 +49,7 @@ class StationTroposphere {
     double wetFactor_ = 0.0;
 };
 
-// The model of a station; none when it is higher than 10 km.
+// The model of a station; none when it lies more than 10 km above or below the ellipsoid.
 StationTroposphere TroposphereAt(int model, const BLHPosition& geodetic);
 
 // The MOPS delay at one station: its zenith part is worked out once for a day.
@@ -70,7 +71,8 @@ class StationMopsTroposphere {
 double ModifiedHopfield(double height, double elevation);
 double Saastamoinen(double latitude, double height, double elevation);
 
-// azel: azimuth and elevation, radians. variance: m^2.
+// azel: azimuth and elevation, radians. variance: m^2. Both 0.0 for a height outside -100 to
+// 10000 m and an elevation of 0 or less.
 double MopsTroposphere(Epoch time, BLHPosition position, const double azel[2], double& variance);
 
 }  // namespace vornel

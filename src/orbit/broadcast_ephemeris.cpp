@@ -3,16 +3,15 @@
 
 #include <cmath>
 
+#include "orbit/limits.h"
+
 namespace vornel {
 
 namespace {
 
 constexpr double kSpeedOfLightSquared = 8.987551787368176e+16;  // m^2/s^2
-constexpr double kMaxOrbitAge = 14400.0;                        // s
 constexpr double kHalfWeek = 302400.0;                          // s
 constexpr double kWeek = 604800.0;                              // s
-constexpr double kMinRadius = 15000000.0;                       // m
-constexpr double kMaxRadius = 40000000.0;                       // m
 constexpr double kKeplerTolerance = 1e-13;                      // rad
 
 // IS-GPS-200 table 20-IV; BDS-SIS-ICD-2.1 table 5-11; Galileo OS SIS ICD table 58.
@@ -26,10 +25,10 @@ struct KeplerConstants {
 };
 
 constexpr KeplerConstants kGpsConstants = {
-    398600500000000.0, 7.2921151467e-05, 604800.0, true, 0.0, 0};
-constexpr KeplerConstants kBdsConstants = {398600441800000.0, 7.292115e-05, 1e10, false, -14.0, 5};
+    398600500000000.0, kEarthRateGps, 604800.0, true, 0.0, 0};
+constexpr KeplerConstants kBdsConstants = {398600441800000.0, kEarthRateBds, 1e10, false, -14.0, 5};
 constexpr KeplerConstants kGalileoConstants = {
-    398600441800000.0, 7.2921151467e-05, 1e10, false, 0.0, 0};
+    398600441800000.0, kEarthRateGps, 1e10, false, 0.0, 0};
 
 // A difference of seconds of the week, folded into half a week on either side.
 double FoldWeek(double seconds) {
@@ -73,8 +72,7 @@ InPlane OrbitalPlane(const KeplerEphemeris& record, double eccentricAnomaly, dou
     const double sin2Phi = std::sin(2.0 * phi);
     const double cos2Phi = std::cos(2.0 * phi);
     const double u = phi + record.cus * sin2Phi + record.cuc * cos2Phi;
-    const double r = record.sqrtA * record.sqrtA * (1.0 - e * cosE) + record.crs * sin2Phi +
-                     record.crc * cos2Phi;
+    const double r = record.sqrtA * record.sqrtA * d + record.crs * sin2Phi + record.crc * cos2Phi;
     const double i = record.i0 + record.cis * sin2Phi + record.cic * cos2Phi + record.idot * tk;
     return {r * std::cos(u), r * std::sin(u), i};
 }
@@ -89,8 +87,8 @@ XYZPosition TurnByNode(const InPlane& plane, double node) {
             plane.x * sinNode + plane.y * cosI * cosNode, plane.y * sinI};
 }
 
-// The elements of a geostationary satellite refer to a plane tilted by 5 degrees, in which the node does
-// not turn with the earth (BDS-SIS-ICD-2.1, table 5-11): the tilt and the turn follow here.
+// The elements of a geostationary satellite refer to a plane tilted by 5 degrees, in which the node
+// does not turn with the earth (BDS-SIS-ICD-2.1, table 5-11): the tilt and the turn follow here.
 XYZPosition FromTiltedPlane(const XYZPosition& tilted, double turn) {
     constexpr double kTilt = -0.08726646259971647;  // rad
     const double cosA = std::cos(kTilt);
@@ -102,8 +100,8 @@ XYZPosition FromTiltedPlane(const XYZPosition& tilted, double turn) {
             -sinA * tilted.Y + cosA * tilted.Z};
 }
 
-// IS-GPS-200, 20.3.3.3.3.1 (clock) and 20.3.3.4.3 (orbit). The group delay is left to the receivers'
-// difference, in which it drops out.
+// IS-GPS-200, 20.3.3.3.3.1 (clock) and 20.3.3.4.3 (orbit). The group delay is left to the
+// receivers' difference, in which it drops out.
 bool KeplerPosition(const KeplerStore& store, const KeplerConstants& constants,
                     const Epoch& gpsTime, int satId, XYZPosition& position, double& clock) {
     position = XYZPosition();
@@ -134,11 +132,7 @@ bool KeplerPosition(const KeplerStore& store, const KeplerConstants& constants,
                               std::sin(anomaly) / kSpeedOfLightSquared;
     clock = ClockPolynomial(*record, secondsOfWeek) - relativity;
 
-    if (!constants.checksRadius) {
-        return true;
-    }
-    const double radius = Distance(position, XYZPosition());
-    return radius > kMinRadius && radius < kMaxRadius;
+    return !constants.checksRadius || HasOrbitRadius(position);
 }
 
 }  // namespace
@@ -152,8 +146,9 @@ void KeplerStore::AddEphemeris(const KeplerEphemeris& record) {
             return;
         }
     }
-    references.push_back({record.toeEpoch.TotalSeconds(), records_.size()});
+    // The record first: without memory for either, no reference points behind the end.
     records_.push_back(record);
+    references.push_back({record.toeEpoch.TotalSeconds(), records_.size() - 1});
 }
 
 const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double startBound) const {
@@ -161,13 +156,12 @@ const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double 
     if (references == bySatellite_.end()) {
         return nullptr;
     }
-    constexpr double kRoughness = 1e-3;  // s, more than the rough times can be off
     const double seconds = time.TotalSeconds();
     const KeplerEphemeris* best = nullptr;
     double bestDifference = startBound;
     for (const Reference& reference : references->second) {
         // What is clearly further away need not be compared exactly.
-        if (std::fabs(seconds - reference.toeSeconds) > bestDifference + kRoughness) {
+        if (std::fabs(seconds - reference.toeSeconds) > bestDifference + kRoughTimeError) {
             continue;
         }
         const KeplerEphemeris& record = records_[reference.position];

@@ -36,8 +36,9 @@ class KeplerStore {
   public:
     // Replaces the record of the same satellite and toeEpoch in its place, or appends.
     void AddEphemeris(const KeplerEphemeris& record);
-    // The healthy record of `satId` whose toeEpoch is closest to `time`, the earliest stored of equals;
-    // nullptr when none is closer than `startBound` seconds or the closest is over 14400 s away.
+    // The healthy record of `satId` whose toeEpoch is closest to `time`, the earliest stored of
+    // equals; nullptr when none is closer than `startBound` seconds or the closest is over 14400 s
+    // away.
     const KeplerEphemeris* Select(const Epoch& time, int satId, double startBound) const;
     const std::vector<KeplerEphemeris>& records() const { return records_; }
     void Clear() {
@@ -61,8 +62,9 @@ KeplerStore& GpsStore();
 KeplerStore& BdsStore();
 KeplerStore& GalileoStore();
 
-// Earth-fixed position (m) and clock offset (s, relativity included) of satellite `satId` at GPS time
-// `time`, zeros and false when there is no usable ephemeris.
+// Earth-fixed position (m) and clock offset (s, relativity included) of satellite `satId` at GPS
+// time `time`, zeros and false when there is no usable ephemeris. For GPS false
+// as well with a radius outside 15,000 to 40,000 km, with the two as computed.
 bool GetGpsPosition(Epoch time, int satId, XYZPosition& position, double& clock);
 bool GetBdsPosition(Epoch time, int satId, XYZPosition& position, double& clock);
 bool GetGalPosition(Epoch time, int satId, XYZPosition& position, double& clock);

@@ -7,6 +7,8 @@
 #include <array>
 #include <cmath>
 
+#include "orbit/limits.h"
+
 namespace vornel {
 
 namespace {
@@ -16,12 +18,9 @@ constexpr double kTwiceEarthRate = 0.0001458423;           // rad/s
 constexpr double kGm = 398600.44;                          // km^3/s^2
 constexpr double kOblateness = 26332775766.45831;          // 3/2 J2 GM a^2, km^5/s^2
 constexpr double kStep = 30.0;                             // s
-constexpr double kMaxOrbitAge = 14400.0;                   // s
 constexpr double kSelectionBound = 1e10;                   // s
 constexpr double kDay = 86400.0;                           // s
 constexpr double kHalfDay = 43200.0;                       // s
-constexpr double kMinRadius = 15000000.0;                  // m
-constexpr double kMaxRadius = 40000000.0;                  // m
 constexpr int kNoChannel = -99;
 
 using State = GlonassState;
@@ -96,8 +95,8 @@ State RungeKuttaStep(const State& state, double h, const GlonassEphemeris& recor
     return next;
 }
 
-// Full steps toward dt and a last one for what remains, of length 0 when nothing does. The states after full steps
-// are the same for every dt: the chain keeps them.
+// Full steps toward dt and a last one for what remains, of length 0 when nothing does. The states
+// after full steps are the same for every dt: the chain keeps them.
 State Integrate(const GlonassEphemeris& record, double dt, GlonassStateChain& chain) {
     const double step = dt < 0.0 ? -kStep : kStep;
     const int stepCount = static_cast<int>(dt / step) + 1;
@@ -146,9 +145,10 @@ void GlonassStore::AddGlonassEphemeris(const GlonassEphemeris& record) {
             return;
         }
     }
-    references.push_back(added);
+    // The record first: without memory for any of these, no reference points behind the end.
+    chains_.resize(records_.size() + 1);
     records_.push_back(record);
-    chains_.emplace_back();
+    references.push_back(added);
 }
 
 int GlonassStore::Select(const Epoch& time, int slot) const {
@@ -156,14 +156,13 @@ int GlonassStore::Select(const Epoch& time, int slot) const {
     if (references == bySlot_.end()) {
         return -1;
     }
-    constexpr double kRoughness = 1e-3;  // s, more than the rough times can be off
     const double seconds = time.TotalSeconds();
     int best = -1;
     double bestDifference = kSelectionBound;
     for (const Reference& reference : references->second) {
         // What is clearly further away need not be compared exactly.
         if (reference.hasDate &&
-            std::fabs(seconds - reference.seconds) > bestDifference + kRoughness) {
+            std::fabs(seconds - reference.seconds) > bestDifference + kRoughTimeError) {
             continue;
         }
         const GlonassEphemeris& record = records_[static_cast<std::size_t>(reference.position)];
@@ -178,7 +177,7 @@ int GlonassStore::Select(const Epoch& time, int slot) const {
 
 const GlonassEphemeris* GlonassStore::FirstOfSlot(int slot) const {
     const auto references = bySlot_.find(slot);
-    return references == bySlot_.end()
+    return references == bySlot_.end() || references->second.empty()
                ? nullptr
                : &records_[static_cast<std::size_t>(references->second.front().position)];
 }
@@ -203,8 +202,7 @@ bool GetGlonassPosition(Epoch time, int slot, XYZPosition& position, double& clo
     channel = record.channel;
     const State state = Integrate(record, dt, store.ChainOf(selected));
     position = XYZPosition(state[0] * 1000.0, state[1] * 1000.0, state[2] * 1000.0);
-    const double radius = Distance(position, XYZPosition());
-    return radius > kMinRadius && radius < kMaxRadius;
+    return HasOrbitRadius(position);
 }
 
 int GlonassChannelOfSlot(int slot) {

@@ -30,8 +30,8 @@ struct GlonassEphemeris {
 // x, y, z in km, vx, vy, vz in km/s.
 using GlonassState = std::array<double, 6>;
 
-// States of one record after 1, 2, ... full integration steps away from its reference time, as far as they were
-// needed. Goes with the record.
+// States of one record after 1, 2, ... full integration steps away from its reference time, as far
+// as they were needed. Goes with the record.
 struct GlonassStateChain {
     std::vector<GlonassState> forward, backward;
 };
@@ -43,8 +43,8 @@ class GlonassStore {
     const std::vector<GlonassEphemeris>& records() const { return records_; }
     // The first record of `slot`, nullptr when there is none.
     const GlonassEphemeris* FirstOfSlot(int slot) const;
-    // Position of the record of `slot` closest to GPS time `time`, the earliest stored of equals; -1 when none is near
-    // enough.
+    // Position of the record of `slot` closest to GPS time `time`, the earliest stored of equals;
+    // -1 when none is near enough.
     int Select(const Epoch& time, int slot) const;
     // The states worked out so far of the record at a position.
     GlonassStateChain& ChainOf(int position) { return chains_[static_cast<std::size_t>(position)]; }
@@ -55,7 +55,8 @@ class GlonassStore {
     }
 
   private:
-    // A record of a slot. Its reference time in GPS time as seconds since 2000, good to a millisecond.
+    // A record of a slot. Its reference time in GPS time as seconds since 2000, good to a
+    // millisecond.
     struct Reference {
         bool hasDate;
         double seconds;
@@ -70,12 +71,13 @@ class GlonassStore {
 // The process-wide store.
 GlonassStore& GlonassEphemerides();
 
-// Earth-fixed position (m, PZ-90) and clock offset (s) of `slot` at GPS time `time`; channel is that of the
-// record chosen, -99 when there is none. False without a usable record or with a radius outside
-// 15,000 to 40,000 km.
+// Earth-fixed position (m, PZ-90) and clock offset (s) of `slot` at GPS time `time`; channel is
+// that of the record chosen, -99 when there is none. False without a usable record or with a radius
+// outside 15,000 to 40,000 km.
 bool GetGlonassPosition(Epoch time, int slot, XYZPosition& position, double& clock, int& channel);
 
-// Frequency channel of a slot from a fixed table, for when no broadcast record is at hand; 0 outside 1 to 24.
+// Frequency channel of a slot from a fixed table, for when no broadcast record is at hand; 0
+// outside 1 to 24.
 int GlonassChannelOfSlot(int slot);
 
 }  // namespace vornel

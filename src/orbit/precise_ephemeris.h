@@ -45,14 +45,15 @@ SP3ValList& PreciseStore(int component);
 // Adds a value at the end of the satellite's list; an earlier value of the same epoch goes.
 void AddValue(SP3ValList& store, int satNumber, const Epoch& epoch, double value);
 
-// Interpolates between the five entries before and the six from the first entry after `time` on. False
-// near the ends of the list and when one of the 11 values is missing.
+// Interpolates between the five entries before and the six from the first entry after `time` on.
+// False near the ends of the list and when one of the 11 values is missing.
 bool InterpolateOne(const OneSatSP3ValList& list, const Epoch& time, double& out);
 
 // Lagrange interpolation of n points at t, through at most 11 of them around t.
 double Lagrange(int n, const double* x, const double* y, double t);
 
-// Position (m) and clock (s) of a satellite number at GPS time `time`, zeros and false when not to be had.
+// Position (m) and clock (s) of a satellite number at GPS time `time`, false when not to be
+// had: what was interpolated by then stays, the rest is zero.
 bool GetPrecisePosition(Epoch time, int satNumber, XYZPosition& position, double& clock);
 
 }  // namespace vornel

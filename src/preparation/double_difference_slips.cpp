@@ -1,9 +1,10 @@
 // Cycle slips of GPS, BDS and Galileo, found at double-difference level.
 //
-// Within a system the satellites share their wavelengths, so the epoch-to-epoch change of a double difference
-// against the period's reference should be near zero cycles. A change above a tolerance is a slip: repaired when
-// it lies close to a whole number, else the satellite loses the epoch. Each satellite's tolerance follows the
-// scatter of its own changes, so the data are swept until the tolerances settle.
+// Within a system the satellites share their wavelengths, so the epoch-to-epoch change of a double
+// difference against the period's reference should be near zero cycles. A change above a tolerance
+// is a slip: repaired when it lies close to a whole number, else the satellite loses the epoch.
+// Each satellite's tolerance follows the scatter of its own changes, so the data are swept until
+// the tolerances settle.
 #include <algorithm>
 #include <cmath>
 
@@ -156,8 +157,8 @@ class DoubleDifferenceSlipRepair {
         return epoch.phase[sat - 1][f] - computed.WithAntenna() / signal.wavelength;
     }
 
-    // Evaluates the references that the epoch holds. A system without its reference gets no test, and its
-    // satellites count the epoch as good. False when no system can be tested.
+    // Evaluates the references that the epoch holds. A system without its reference gets no test,
+    // and its satellites count the epoch as good. False when no system can be tested.
     bool TakeUpReferences(const StaticPeriod& period) {
         const SDObsData& epoch = EpochAt(e_);
         bool any = false;
@@ -242,8 +243,8 @@ class DoubleDifferenceSlipRepair {
         return true;
     }
 
-    // Whole cycles to take away on each frequency; false when a change is no slip of whole cycles. On the second
-    // frequency a large change is rounded without a test of nearness.
+    // Whole cycles to take away on each frequency; false when a change is no slip of whole cycles.
+    // On the second frequency a large change is rounded without a test of nearness.
     static bool FindSlips(Change& now, double limit) {
         if (std::fabs(now.change[0]) > limit) {
             const double n = RoundHalfAway(now.change[0]);
@@ -278,8 +279,8 @@ class DoubleDifferenceSlipRepair {
         Accept(sat, now);
     }
 
-    // The satellite loses this epoch; the next one is tested against the last accepted one again, so neither this
-    // epoch nor the gap before it counts as failed twice.
+    // The satellite loses this epoch; the next one is tested against the last accepted one again,
+    // so neither this epoch nor the gap before it counts as failed twice.
     void Drop(int sat, int gap) {
         EpochAt(e_).RemoveActive(sat);
         ToleranceOf(sat).removedCount += ObservationsPerEpoch();

@@ -1,8 +1,9 @@
 // The GLONASS reference satellite's ambiguity.
 //
-// A GLONASS double difference joins two wavelengths, so that (wavelength - reference's wavelength) times the
-// reference's ambiguity stays in it. Knowing that ambiguity to a few cycles makes the term small: carrier-smoothed
-// code (Hatch 1982) subtracted from the carrier gives it, arc by arc of the reference.
+// A GLONASS double difference joins two wavelengths, so that (wavelength - reference's wavelength)
+// times the reference's ambiguity stays in it. Knowing that ambiguity to a few cycles makes the
+// term small: carrier-smoothed code (Hatch 1982) subtracted from the carrier gives it, arc by arc
+// of the reference.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -19,7 +20,8 @@ namespace {
 constexpr double kOutlierLimit =
     3.5;  // standard deviations; of its own, whatever the configuration says
 
-// Ambiguity in cycles at each epoch of an arc, from the single differences of one frequency (f 0 or 1).
+// Ambiguity in cycles at each epoch of an arc, from the single differences of one frequency (f 0 or
+// 1).
 std::vector<double> AmbiguitySeries(const StaticSolve& solver, const AmbiguityPara& arc,
                                     double wavelength, int f) {
     std::vector<double> series;
@@ -52,7 +54,8 @@ double Mean(const std::vector<double>& values) {
     return sum / static_cast<double>(values.size());
 }
 
-// The mean rounded, once no value is an outlier any more; 0.0 when fewer than minEpochs - 1 values stand.
+// The mean rounded, once no value is an outlier any more; 0.0 when fewer than minEpochs - 1 values
+// stand.
 double RobustAmbiguity(std::vector<double> values, int minEpochs) {
     double mean = 0.0;
     for (bool removed = true; removed;) {

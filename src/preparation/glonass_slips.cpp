@@ -1,8 +1,9 @@
 // GLONASS cycle slips, found at single-difference level.
 //
-// No reference is differenced out, since GLONASS satellites differ in wavelength. The epoch-to-epoch change of a
-// satellite's single-difference residual holds a term common to all satellites; the majority's mean is taken for
-// it, and a satellite that deviates has slipped by the nearest whole number of cycles.
+// No reference is differenced out, since GLONASS satellites differ in wavelength. The
+// epoch-to-epoch change of a satellite's single-difference residual holds a term common to all
+// satellites; the majority's mean is taken for it, and a satellite that deviates has slipped by the
+// nearest whole number of cycles.
 #include <algorithm>
 #include <cmath>
 
@@ -93,7 +94,8 @@ class GlonassSlipRepair {
         return f == 0 ? carriers.wavelength1 : carriers.wavelength2;
     }
 
-    // Single-difference residual at the current rover position, metres; clock and ambiguity stay in it.
+    // Single-difference residual at the current rover position, metres; clock and ambiguity stay in
+    // it.
     double ResidualOf(int index, int sat, int f) {
         const SDObsData& epoch = EpochAt(index);
         const Carriers carriers = model_.CarriersOf(epoch, sat);
@@ -103,7 +105,8 @@ class GlonassSlipRepair {
         return epoch.phase[sat - 1][f] * signal.wavelength - computed.model + computed.antenna;
     }
 
-    // Applies what has been repaired so far, and forms residuals, changes, and the lists of satellites to judge.
+    // Applies what has been repaired so far, and forms residuals, changes, and the lists of
+    // satellites to judge.
     void TakeUpEpoch() {
         continuous_.clear();
         gapped_.clear();
@@ -245,7 +248,8 @@ class GlonassSlipRepair {
         }
     }
 
-    // Satellites that come back after a gap, each tested across it against those that were there on both sides.
+    // Satellites that come back after a gap, each tested across it against those that were there on
+    // both sides.
     void JudgeGapped() {
         for (const auto& [sat, gap] : gapped_) {
             const int before = e_ - gap;
@@ -290,8 +294,8 @@ class GlonassSlipRepair {
         }
     }
 
-    // Every discontinuity: takes the satellite out of the k epochs before this one, files the segment up to `end`
-    // and begins a new one here.
+    // Every discontinuity: takes the satellite out of the k epochs before this one, files the
+    // segment up to `end` and begins a new one here.
     void RestartArc(int sat, int k, int end) {
         SatelliteState& state = StateOf(sat);
         RemoveFromEpochsBefore(solver_, sat, e_, k);

@@ -1,4 +1,5 @@
-// Normal equations of the three rover coordinates, accumulated row by row: what the robust first solutions share.
+// Normal equations of the three rover coordinates, accumulated row by row: what the robust first
+// solutions share.
 #pragma once
 
 #include "foundation/matrix.h"

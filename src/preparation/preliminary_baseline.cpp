@@ -1,5 +1,5 @@
-// The preliminary baseline: a robust double-difference solution from the values of sdObserved, for GPS, GLONASS
-// and BDS. Its result constrains the triple-difference solution.
+// The preliminary baseline: a robust double-difference solution from the values of sdObserved, for
+// GPS, GLONASS and BDS. Its result constrains the triple-difference solution.
 #include <cmath>
 #include <exception>
 

@@ -78,8 +78,8 @@ int ChannelOf(int sat) {
     return record == nullptr ? 0 : record->channel;
 }
 
-// The satellite in the middle of the frequency channels that is seen long enough, so that the differences of
-// wavelength stay small on both sides. -1 for none.
+// The satellite in the middle of the frequency channels that is seen long enough, so that the
+// differences of wavelength stay small on both sides. -1 for none.
 int MiddleOfChannels(CandidateTable table, double span, double samplingInterval) {
     std::stable_sort(table.begin(), table.end(), [](const Candidate& left, const Candidate& right) {
         return ChannelOf(left.sat) < ChannelOf(right.sat);
@@ -100,7 +100,8 @@ int MiddleOfChannels(CandidateTable table, double span, double samplingInterval)
     const auto longEnough = [needed](const Candidate& candidate) {
         return candidate.epochCount >= needed;
     };
-    // The one of a pair that wins: the higher one, `first` on equality. -1 when neither is seen long enough.
+    // The one of a pair that wins: the higher one, `first` on equality. -1 when neither is seen
+    // long enough.
     const auto winner = [&](const Candidate& first, const Candidate& second) {
         if (longEnough(first) && longEnough(second)) {
             return second.MeanElevation() > first.MeanElevation() ? second.sat : first.sat;
@@ -126,7 +127,8 @@ int MiddleOfChannels(CandidateTable table, double span, double samplingInterval)
     return reference;
 }
 
-// An epoch without the reference loses its system; every epoch loses the satellites seen too little.
+// An epoch without the reference loses its system; every epoch loses the satellites seen too
+// little.
 void CleanEpochs(StaticSolve& solver, const StaticPeriod& period, int system, int reference,
                  const std::vector<int>& removed) {
     for (int i = period.startIndex; i <= period.endIndex; ++i) {
@@ -141,8 +143,8 @@ void CleanEpochs(StaticSolve& solver, const StaticPeriod& period, int system, in
     }
 }
 
-// Chooses a system's reference in a period and cleans the epochs; -1 for none, or a system switched off, of
-// which nothing is cleaned.
+// Chooses a system's reference in a period and cleans the epochs; -1 for none, or a system switched
+// off, of which nothing is cleaned.
 int SelectReference(StaticSolve& solver, const StaticPeriod& period, int system, int use) {
     if (use != 1) {
         return -1;

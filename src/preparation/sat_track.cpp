@@ -17,8 +17,8 @@ void SatTrackList::Add(const SatTrack& track) {
         return std::any_of(tracks.begin(), tracks.end(),
                            [&added](const SatTrack& other) { return other.sat == added.sat; });
     };
-    // Blunt, and kept so: as long as the satellite stands anywhere in the list, the last track goes, so that an
-    // earlier track of the satellite takes all behind it along.
+    // Blunt, and kept so: as long as the satellite stands anywhere in the list, the last track
+    // goes, so that an earlier track of the satellite takes all behind it along.
     for (std::size_t i = tracks.size(); i-- > 0;) {
         if (holdsSatellite()) {
             tracks.erase(tracks.begin() + static_cast<std::ptrdiff_t>(i));

@@ -1,4 +1,5 @@
-// What the host says about satellites over time: tracks with spans in which a satellite is left out.
+// What the host says about satellites over time: tracks with spans in which a satellite is left
+// out.
 #pragma once
 
 #include <vector>
@@ -33,7 +34,8 @@ class SatTrackList {
     SatTrackList& operator=(const SatTrackList&) = default;
     virtual ~SatTrackList() = default;
 
-    // Appends the track; an earlier one of the same satellite goes, and every track after that one with it.
+    // Appends the track; an earlier one of the same satellite goes, and every track after that one
+    // with it.
     void Add(const SatTrack& track);
     // The first track of the satellite decides; false when there is none.
     bool IsExcluded(int sat, const Epoch& time) const;

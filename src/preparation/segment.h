@@ -33,7 +33,8 @@ struct Remembered {
     double value = 0.0;
 };
 
-// Takes a satellite out of the `count` epochs before epoch e, as far as they exist; how many it left.
+// Takes a satellite out of the `count` epochs before epoch e, as far as they exist; how many it
+// left.
 inline int RemoveFromEpochsBefore(StaticSolve& solver, int sat, int e, int count) {
     int removed = 0;
     for (int i = e - count < 0 ? 0 : e - count; i < e; ++i) {

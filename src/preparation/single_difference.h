@@ -1,5 +1,5 @@
-// Computed rover-minus-base values of one satellite, with the antennas: what every stage sets against the
-// observed phase.
+// Computed rover-minus-base values of one satellite, with the antennas: what every stage sets
+// against the observed phase.
 #pragma once
 
 #include "frame/static_solve.h"
@@ -41,7 +41,8 @@ class SingleDifferenceModel {
     // Of a satellite at an epoch, GLONASS by its channel.
     Carriers CarriersOf(const SDObsData& epoch, int sat) const;
 
-    // The computed value at an epoch of the run for a rover position. Refreshes the epoch's modelled arrays.
+    // The computed value at an epoch of the run for a rover position. Refreshes the epoch's
+    // modelled arrays.
     ComputedDifference Compute(int epochIndex, int sat, const Carriers& carriers,
                                const PhaseCombination& combination, const XYZPosition& rover) const;
 

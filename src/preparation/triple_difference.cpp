@@ -1,5 +1,6 @@
-// The triple-difference solution: double differences of phase, differenced between consecutive epochs, so that
-// no ambiguity remains and a slip shows up as one outlier, which the robust weight takes out.
+// The triple-difference solution: double differences of phase, differenced between consecutive
+// epochs, so that no ambiguity remains and a slip shows up as one outlier, which the robust weight
+// takes out.
 #include <cmath>
 #include <exception>
 

@@ -1,5 +1,5 @@
-// The query exports: each finds its record and copies plain numbers out of it. They test nothing but the request
-// itself; without a solver object they must not be called.
+// The query exports: each finds its record and copies plain numbers out of it. They test nothing
+// but the request itself; without a solver object they must not be called.
 #include <algorithm>
 
 #include "VornelBlCore.h"
@@ -323,3 +323,6 @@ int GetFloatAmbCov(int index, int maxCount, double* variances) {
 }
 
 }  // extern "C"
+
+#undef BASE_DATA_OUTPUTS
+#undef AMBIGUITY_OUTPUTS

@@ -36,7 +36,8 @@ class ResidualList {
     ResidualList& operator=(const ResidualList&) = default;
     virtual ~ResidualList() = default;
 
-    // value in metres. A point of the same satellite, kind and time is replaced and moves to the end.
+    // value in metres. A point of the same satellite, kind and time is replaced and moves to the
+    // end.
     void Add(int kind, int sat, const Epoch& time, double value);
     // emptyResidual for a satellite without one.
     const Residual& Find(int sat) const;

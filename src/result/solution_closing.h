@@ -12,10 +12,12 @@ void SetBaseline(SolveResult& result, const XYZPosition& rover, const XYZPositio
 // Fills covXYZ and its rotation into north, east, up at the rover.
 void SetCovariance(SolveResult& result, const gult::matrixT& covXYZ, const XYZPosition& rover);
 
-// Fills sigma3, and relativeAccuracy and sigmaLength over `length` (metres), the record's own or one kept off zero.
+// Fills sigma3, and relativeAccuracy and sigmaLength over `length` (metres), the record's own or
+// one kept off zero.
 void SetAccuracy(SolveResult& result, double length);
 
-// Whether both the length and the rms are below a tenth of a millimetre: accuracies mean nothing then.
+// Whether both the length and the rms are below a tenth of a millimetre: accuracies mean nothing
+// then.
 bool IsZeroBaseline(const SolveResult& result);
 
 }  // namespace vornel
