@@ -1,5 +1,5 @@
-// dump_results: everything that the queries give on simulated sessions of every solve model, each double in
-// hexadecimal, so that the outputs of two builds can be compared to the bit.
+// dump_results: everything that the queries give on simulated sessions of every solve model, each
+// double in hexadecimal, so that the outputs of two builds can be compared to the bit.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -25,10 +25,10 @@ void PrintBaseData(const char* name, int modeAsked, Query query) {
     int mode = modeAsked, dof = 0;
     std::vector<double> d(29, 0.0);
     double* p = d.data();
-    const int found = query(&mode, p, p + 1, p + 2, p + 3, p + 4, p + 5, &dof, p + 6, p + 7, p + 8, p + 9,
-                            p + 10, p + 11, p + 12, p + 13, p + 14, p + 15, p + 16, p + 17, p + 18,
-                            p + 19, p + 20, p + 21, p + 22, p + 23, p + 24, p + 25, p + 26, p + 27,
-                            p + 28);
+    const int found =
+        query(&mode, p, p + 1, p + 2, p + 3, p + 4, p + 5, &dof, p + 6, p + 7, p + 8, p + 9, p + 10,
+              p + 11, p + 12, p + 13, p + 14, p + 15, p + 16, p + 17, p + 18, p + 19, p + 20,
+              p + 21, p + 22, p + 23, p + 24, p + 25, p + 26, p + 27, p + 28);
     std::printf("%s found %d mode %d dof %d\n", name, found, mode, dof);
     Print("  values", d);
 }
@@ -50,8 +50,8 @@ void PrintAmbiguities(int count, Query query) {
           weeks[1].data(), d[1].data(), d[2].data(), d[3].data(), i[4].data(), i[5].data(),
           i[6].data(), i[7].data(), d[4].data(), d[5].data());
     for (std::size_t k = 0; k < n; ++k) {
-        std::printf("  ambiguity %d %d %d %d rows %d %d rejected %d %d\n", i[0][k], i[1][k], i[2][k],
-                    i[3][k], i[4][k], i[5][k], i[6][k], i[7][k]);
+        std::printf("  ambiguity %d %d %d %d rows %d %d rejected %d %d\n", i[0][k], i[1][k],
+                    i[2][k], i[3][k], i[4][k], i[5][k], i[6][k], i[7][k]);
         Print("   ", {d[0][k], d[1][k], d[2][k], d[3][k], d[4][k], d[5][k]});
     }
 }
@@ -83,8 +83,7 @@ void PrintEverything(const std::string& name, int status) {
     for (int k = 0; k < GetFloatSolNum(); ++k) {
         PrintBaseData("float", 0, [k](auto... p) { return GetFloatSolBaseData(k, p...); });
         const int count = GetFloatSolAmbNum(k);
-        PrintAmbiguities(count,
-                         [=](auto... p) { return GetFloatSolAmbListData(k, count, p...); });
+        PrintAmbiguities(count, [=](auto... p) { return GetFloatSolAmbListData(k, count, p...); });
         std::vector<double> variances(static_cast<std::size_t>(2 * count) + 1);
         GetFloatAmbCov(k, 2 * count, variances.data());
         Print("  variances", variances);
@@ -98,8 +97,8 @@ void PrintEverything(const std::string& name, int status) {
         PrintBaseData("fixed", 0, [k](auto... p) { return GetFixedSolBaseData(k, p...); });
         const int count = GetFixedSolAmbNum(k);
         double ratio = 0.0;
-        PrintAmbiguities(
-            count, [&](auto... p) { return GetFixedSolAmbListData(k, count, &ratio, p...); });
+        PrintAmbiguities(count,
+                         [&](auto... p) { return GetFixedSolAmbListData(k, count, &ratio, p...); });
         Print("  ratio", {ratio});
         PrintResiduals(
             GetFixedSolSatNum(k),
@@ -140,7 +139,8 @@ std::vector<NamedScenario> Scenarios() {
 
 int main() {
     for (const NamedScenario& named : Scenarios()) {
-        const int status = vornel::simulation::RunSession(vornel::simulation::Simulate(named.scenario));
+        const int status =
+            vornel::simulation::RunSession(vornel::simulation::Simulate(named.scenario));
         PrintEverything(named.name, status);
     }
     return 0;

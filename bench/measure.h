@@ -14,7 +14,8 @@ inline double ProcessorSeconds() {
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-// A field of /proc/self/status in kilobytes, 0 when there is none: "VmRSS" now, "VmHWM" at the peak.
+// A field of /proc/self/status in kilobytes, 0 when there is none: "VmRSS" now, "VmHWM" at the
+// peak.
 inline long MemoryKb(const std::string& field) {
     std::ifstream status("/proc/self/status");
     std::string line;

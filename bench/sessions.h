@@ -1,4 +1,5 @@
-// The simulated sessions of the benchmarks: four systems, every satellite above the horizon, real noise.
+// The simulated sessions of the benchmarks: four systems, every satellite above the horizon, real
+// noise.
 #pragma once
 
 #include "simulation/session_run.h"

@@ -1,5 +1,6 @@
-// simulated_run EPOCHS INTERVAL_S [MODE]: one run of the engine on a simulated four-system session, as a line of JSON:
-// processor seconds of input and run, memory that the engine added at its peak, final status.
+// simulated_run EPOCHS INTERVAL_S [MODE]: one run of the engine on a simulated four-system session,
+// as a line of JSON: processor seconds of input and run, memory that the engine added at its peak,
+// final status.
 #include <cstdio>
 #include <cstdlib>
 

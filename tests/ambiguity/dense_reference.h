@@ -1,5 +1,5 @@
-// Plain linear algebra for checks, kept apart from the engine's matrix library: nested vectors of long
-// double, straightforward loops.
+// Plain linear algebra for checks, kept apart from the engine's matrix library: nested vectors of
+// long double, straightforward loops.
 #pragma once
 
 #include <gtest/gtest.h>

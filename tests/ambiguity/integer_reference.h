@@ -1,5 +1,6 @@
-// Integer least squares by exhaustion: every integer vector inside an ellipsoid that is widened until it
-// holds enough of them. No decorrelation, no shrinking bound, no order of the walk that matters.
+// Integer least squares by exhaustion: every integer vector inside an ellipsoid that is widened
+// until it holds enough of them. No decorrelation, no shrinking bound, no order of the walk that
+// matters.
 #pragma once
 
 #include <algorithm>
@@ -16,8 +17,8 @@ struct IntegerVector {
     std::vector<double> values;
 };
 
-// Every integer vector z with (z - a)' Q^-1 (z - a) at or below a bound, by slices: with Q^-1 = R' R, R upper
-// triangular, the values of the coordinates above i leave an interval for coordinate i.
+// Every integer vector z with (z - a)' Q^-1 (z - a) at or below a bound, by slices: with Q^-1 = R'
+// R, R upper triangular, the values of the coordinates above i leave an interval for coordinate i.
 class Ellipsoid {
   public:
     Ellipsoid(const Dense& covariance, const std::vector<double>& centre)

@@ -1,9 +1,9 @@
-// Partial resolution: every way through the choice of a set, the grade, the recovery, and the conditioned
-// parameters.
+// Partial resolution: every way through the choice of a set, the grade, the recovery, and the
+// conditioned parameters.
 //
-// Most problems here have a diagonal covariance and fractions of at most 0.3 cycle, so that distances, candidates
-// and ratios follow from a line of arithmetic: an ambiguity with fraction f and variance q costs f^2 / q, and
-// taking its second nearest integer costs (1 - 2 f) / q more.
+// Most problems here have a diagonal covariance and fractions of at most 0.3 cycle, so that
+// distances, candidates and ratios follow from a line of arithmetic: an ambiguity with fraction f
+// and variance q costs f^2 / q, and taking its second nearest integer costs (1 - 2 f) / q more.
 #include "ambiguity/lambda_ar.h"
 
 #include <gtest/gtest.h>
@@ -54,9 +54,9 @@ Problem Diagonal(const std::vector<Ambiguity>& ambiguities) {
     return problem;
 }
 
-// Ambiguities that move together: one shift of large variance for all, and small deviations from it. All near
-// candidates differ by a common shift, so that no ambiguity agrees between two of them. `weak` lies so far off the
-// others that it spoils the ratio of every set that it is in.
+// Ambiguities that move together: one shift of large variance for all, and small deviations from
+// it. All near candidates differ by a common shift, so that no ambiguity agrees between two of
+// them. `weak` lies so far off the others that it spoils the ratio of every set that it is in.
 Problem MovingTogether(std::size_t n, std::size_t weak, const std::vector<int>& rows,
                        double weakDeviation = 0.057) {
     Problem problem;
@@ -145,7 +145,8 @@ std::vector<int> Without(std::size_t n, const std::vector<std::size_t>& dropped)
     return mask;
 }
 
-// ---- the whole set --------------------------------------------------------------------------------------
+// ---- the whole set
+// --------------------------------------------------------------------------------------
 
 TEST(PartialResolutionTest, AFailedSearchOfTheWholeSetAnswersMinusOne) {
     Problem problem;
@@ -164,8 +165,9 @@ TEST(PartialResolutionTest, AWholeSetAboveThresholdAndTwoPassesAtOnce) {
     ExpectResolution(problem, result, 1, std::vector<int>(8, 1));
 }
 
-// Eight equals of cost 2048 and gap 16384: the ratio of the set is 32768 / 16384. Four different ambiguities
-// change in the candidates next to the best; the first three of them agree in two pairs, and go.
+// Eight equals of cost 2048 and gap 16384: the ratio of the set is 32768 / 16384. Four different
+// ambiguities change in the candidates next to the best; the first three of them agree in two
+// pairs, and go.
 TEST(PartialResolutionTest, AWholeSetAtExactlyTwoIsPutThroughTheTrials) {
     const Problem problem = Diagonal(std::vector<Ambiguity>(8, {7.25, std::ldexp(1.0, -15)}));
     const Resolution result = RunPar(1.5, problem);
@@ -176,8 +178,8 @@ TEST(PartialResolutionTest, AWholeSetAtExactlyTwoIsPutThroughTheTrials) {
     EXPECT_EQ(result.fixed, std::vector<double>(8, 7.0));
 }
 
-// Costs 1, 1, 2 and 4 units, smallest gap 8: the ratio is 16 / 8. A set of four loses nothing in a trial, which
-// so gives the same ratio again, and an equal ratio is no better one.
+// Costs 1, 1, 2 and 4 units, smallest gap 8: the ratio is 16 / 8. A set of four loses nothing in a
+// trial, which so gives the same ratio again, and an equal ratio is no better one.
 TEST(PartialResolutionTest, AWholeSetAtExactlyTwoStandsWhenNoTrialBeatsIt) {
     const double unit = std::ldexp(1.0, -15);
     const Problem problem =
@@ -209,7 +211,8 @@ TEST(PartialResolutionTest, ARatioEqualToTheThresholdDoesNotPass) {
 double SubsetRatio(const Problem& problem, const std::vector<int>& mask, double threshold,
                    bool& passes);
 
-// ---- trials by agreement --------------------------------------------------------------------------------
+// ---- trials by agreement
+// --------------------------------------------------------------------------------
 
 TEST(PartialResolutionTest, AnAgreementLevelThatPassesDropsWhatAgreesNoMore) {
     const Ambiguity good{5.01, 0.001};
@@ -219,7 +222,8 @@ TEST(PartialResolutionTest, AnAgreementLevelThatPassesDropsWhatAgreesNoMore) {
     ExpectResolution(problem, result, 1, Without(6, {3}));
 }
 
-// The level does not pass with a ratio equal to the threshold; the elimination then takes one more, and does.
+// The level does not pass with a ratio equal to the threshold; the elimination then takes one more,
+// and does.
 TEST(PartialResolutionTest, ATrialEqualToTheThresholdDoesNotPass) {
     const Ambiguity good{5.01, 0.001};
     const Problem problem = Diagonal({good, good, good, {-2.7, 0.05}, good, good});
@@ -229,8 +233,8 @@ TEST(PartialResolutionTest, ATrialEqualToTheThresholdDoesNotPass) {
     ExpectResolution(problem, RunPar(ratio, problem), 1, Without(6, {0, 3}));
 }
 
-// The weak one agrees in one pair, none in no pair: its gaps 19.2 and 20.8 come first, those of the next two, 40
-// and 50, after them.
+// The weak one agrees in one pair, none in no pair: its gaps 19.2 and 20.8 come first, those of the
+// next two, 40 and 50, after them.
 TEST(PartialResolutionTest, ALevelThatNoAmbiguityHasIsPassedOver) {
     const Ambiguity good{5.02, 0.001};
     const Problem problem =
@@ -240,7 +244,8 @@ TEST(PartialResolutionTest, ALevelThatNoAmbiguityHasIsPassedOver) {
     ExpectResolution(problem, result, 1, Without(6, {1}));
 }
 
-// Four ambiguities agree in two or three pairs; the level of two names three of them and drops the first two.
+// Four ambiguities agree in two or three pairs; the level of two names three of them and drops the
+// first two.
 TEST(PartialResolutionTest, ALevelDropsInAscendingOrderAndNeverBelowFour) {
     const Ambiguity good{5.01, 0.001};
     const Problem problem =
@@ -259,9 +264,9 @@ TEST(PartialResolutionTest, AHigherLevelIsTriedWhenALowerOneFails) {
     ExpectResolution(problem, result, 1, Without(7, {1, 3}));
 }
 
-// The second one lies at its integer, so that its cost is lost in the sum and the ratio is the same with and without
-// it. Its two alternatives stand side by side among the near candidates, so that it agrees in fewer pairs than any
-// other and is tried alone before the first goes with it.
+// The second one lies at its integer, so that its cost is lost in the sum and the ratio is the same
+// with and without it. Its two alternatives stand side by side among the near candidates, so that
+// it agrees in fewer pairs than any other and is tried alone before the first goes with it.
 TEST(PartialResolutionTest, ALevelTrialEqualToTheWholeSetIsNoBetterOne) {
     const Ambiguity good{5.2, 0.01};
     const Problem problem =
@@ -274,8 +279,8 @@ TEST(PartialResolutionTest, ALevelTrialEqualToTheWholeSetIsNoBetterOne) {
     ExpectResolution(problem, RunPar(1.5, problem), 1, Without(6, {0, 1}));
 }
 
-// One weak ambiguity takes the places up to the fifth candidate, a second one shows among the sixth to tenth.
-// Only a search for ten candidates sees the second, and drops both by their agreement.
+// One weak ambiguity takes the places up to the fifth candidate, a second one shows among the sixth
+// to tenth. Only a search for ten candidates sees the second, and drops both by their agreement.
 std::vector<Ambiguity> SecondWeakOneBehindTheFifth(std::size_t n) {
     std::vector<Ambiguity> ambiguities(n, {5.01, 0.001, 20});
     ambiguities[2] = {-2.7, 1.0, 50};
@@ -291,8 +296,9 @@ TEST(PartialResolutionTest, ThirteenAmbiguitiesAreComparedOverTenCandidates) {
 
 TEST(PartialResolutionTest, TwelveAmbiguitiesAreComparedOverFiveCandidates) {
     const Problem problem = Diagonal(SecondWeakOneBehindTheFifth(12));
-    // By agreement only the first weak one goes, which does not pass; the elimination then takes the equals in
-    // the order of their rows, and its last trial above 1.8 holds the second weak one, which has the most rows.
+    // By agreement only the first weak one goes, which does not pass; the elimination then takes
+    // the equals in the order of their rows, and its last trial above 1.8 holds the second weak
+    // one, which has the most rows.
     const Resolution result = RunPar(10.0, problem);
     EXPECT_EQ(result.returned, 0);
     EXPECT_EQ(result.kept, 4);
@@ -302,7 +308,8 @@ TEST(PartialResolutionTest, TwelveAmbiguitiesAreComparedOverFiveCandidates) {
     EXPECT_LT(result.ratio, 10.0);
 }
 
-// ---- trials by elimination ------------------------------------------------------------------------------
+// ---- trials by elimination
+// ------------------------------------------------------------------------------
 
 TEST(PartialResolutionTest, TheEliminationStartsWithTheFewestRows) {
     const Problem problem = MovingTogether(6, 4, {40, 30, 60, 50, 10, 20});
@@ -322,8 +329,9 @@ TEST(PartialResolutionTest, EqualRowsGoInTheOrderThatTheExchangesLeave) {
     ExpectResolution(problem, RunPar(10.0, problem), 1, Without(6, {1, 2}));
 }
 
-// The first ambiguity changes in all near candidates and is out from the start, whatever its rows. The second, with
-// the costs, and the third agree in all of them; the third has fewer rows and goes first.
+// The first ambiguity changes in all near candidates and is out from the start, whatever its rows.
+// The second, with the costs, and the third agree in all of them; the third has fewer rows and goes
+// first.
 TEST(PartialResolutionTest, TheEliminationTakesOnlyAmbiguitiesOfTheHighestAgreement) {
     const Ambiguity good{5.01, 0.001, 50};
     const Problem problem =
@@ -361,8 +369,8 @@ TEST(PartialResolutionTest, ATrialAtOrBelowTheBarIsNotRecorded) {
     ExpectResolution(problem, RunPar(1e6, problem), 0, std::vector<int>(5, 1));
 }
 
-// Without the first, which no near candidate agrees on, and without the last, costs of 1, 1, 4 and 4 units are left
-// and a smallest gap of 8: the ratio is 18 / 10.
+// Without the first, which no near candidate agrees on, and without the last, costs of 1, 1, 4 and
+// 4 units are left and a smallest gap of 8: the ratio is 18 / 10.
 TEST(PartialResolutionTest, ATrialAtExactlyTheBarIsNotRecorded) {
     const double unit = std::ldexp(1.0, -15);
     const Problem problem = Diagonal({{2.25, 32.0 * unit, 40},
@@ -376,8 +384,8 @@ TEST(PartialResolutionTest, ATrialAtExactlyTheBarIsNotRecorded) {
     ExpectResolution(problem, RunPar(3.0, problem), 0, std::vector<int>(6, 1));
 }
 
-// Five move together as before. The sixth follows the common shift by 1.3 cycles a cycle and tells shifts apart:
-// once it is gone, the ratio falls, yet stays above the bar.
+// Five move together as before. The sixth follows the common shift by 1.3 cycles a cycle and tells
+// shifts apart: once it is gone, the ratio falls, yet stays above the bar.
 TEST(PartialResolutionTest, ALaterTrialAboveTheBarOverwritesABetterOne) {
     Problem problem = MovingTogether(6, 0, {1, 9, 9, 9, 9, 2});
     const double shiftVariance = 2.0;
@@ -396,8 +404,8 @@ TEST(PartialResolutionTest, ALaterTrialAboveTheBarOverwritesABetterOne) {
     ExpectResolution(problem, RunPar(1e6, problem), 0, Without(6, {0, 5}));
 }
 
-// The last ambiguity follows the first to a billionth of a cycle: the set has the same ratio, to the last bit in
-// some of these problems, with it and without it.
+// The last ambiguity follows the first to a billionth of a cycle: the set has the same ratio, to
+// the last bit in some of these problems, with it and without it.
 TEST(PartialResolutionTest, ATrialEqualToTheWholeSetIsRecordedByTheBarAlone) {
     int equal = 0;
     for (int k = 0; k < 400 && equal < 5; ++k) {
@@ -448,7 +456,8 @@ TEST(PartialResolutionTest, RecordsBeyondTheAmbiguitiesAreNotRead) {
     ExpectResolution(problem, RunPar(10.0, problem), 1, Without(6, {3}));
 }
 
-// ---- one trial ------------------------------------------------------------------------------------------
+// ---- one trial
+// ------------------------------------------------------------------------------------------
 
 double SubsetRatio(const Problem& problem, const std::vector<int>& mask, double threshold,
                    bool& passes) {
@@ -495,10 +504,11 @@ TEST(TrySubsetTest, AFailedSearchHasNoRatio) {
     EXPECT_FALSE(passes);
 }
 
-// ---- a restatement of the whole choice ------------------------------------------------------------------
+// ---- a restatement of the whole choice
+// ------------------------------------------------------------------
 
-// What the choice comes to, written down once more with sets instead of matrices. The searches are those that are
-// held to exhaustion elsewhere; `branch` names the way that was taken.
+// What the choice comes to, written down once more with sets instead of matrices. The searches are
+// those that are held to exhaustion elsewhere; `branch` names the way that was taken.
 class Restated {
   public:
     Restated(double threshold, const Problem& problem)
@@ -677,7 +687,8 @@ class Restated {
     int highest_ = 0;
 };
 
-// A problem like that of a short session: three coordinates common to all ambiguities, and noise that differs.
+// A problem like that of a short session: three coordinates common to all ambiguities, and noise
+// that differs.
 Problem SessionLike(std::mt19937_64& random) {
     std::normal_distribution<double> normal;
     const std::size_t n = 1 + random() % 14;
@@ -755,11 +766,13 @@ TEST(PartialResolutionTest, AgreesWithItsRestatementOnEveryBranch) {
                                "recorded by the bar", "nothing recorded"}) {
         EXPECT_GE(taken[branch], 10) << branch;
     }
-    // In some of these the subset by itself has other integers: those of the whole search are handed on.
+    // In some of these the subset by itself has other integers: those of the whole search are
+    // handed on.
     EXPECT_GE(disagreeing, 1);
 }
 
-// ---- the grade ------------------------------------------------------------------------------------------
+// ---- the grade
+// ------------------------------------------------------------------------------------------
 
 TEST(GradeOfFixTest, GradesByTheRatio) {
     const double above3 = std::nextafter(3.0, 4.0);
@@ -800,10 +813,11 @@ TEST(GradeOfFixTest, OnePromotionAtMost) {
     EXPECT_EQ(GradeOfFix(6.0, 1.8, 10, 10), 3);
 }
 
-// ---- conditioning ---------------------------------------------------------------------------------------
+// ---- conditioning
+// ---------------------------------------------------------------------------------------
 
-// Holding ambiguities at values that lie da below the float ones, in terms of the normal equations N = Q^-1:
-// x + Nxx^-1 Nxa da, with cofactors Nxx^-1.
+// Holding ambiguities at values that lie da below the float ones, in terms of the normal equations
+// N = Q^-1: x + Nxx^-1 Nxa da, with cofactors Nxx^-1.
 struct Conditioned {
     Vector x;
     Dense cofactors;
@@ -901,7 +915,8 @@ TEST(ConditionalUpdateTest, ASingularAmbiguityBlockIsAnError) {
         gult::matrix_error);
 }
 
-// ---- resolving ------------------------------------------------------------------------------------------
+// ---- resolving
+// ------------------------------------------------------------------------------------------
 
 const Vector kParameters = {0.25L, -1.5L, 3.75L};
 

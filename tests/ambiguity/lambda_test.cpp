@@ -1,5 +1,5 @@
-// The integer search against exhaustion, its limits, ties and steps of zero; the half-cycle scale; the sort by
-// magnitude.
+// The integer search against exhaustion, its limits, ties and steps of zero; the half-cycle scale;
+// the sort by magnitude.
 #include "ambiguity/lambda.h"
 
 #include <gtest/gtest.h>
@@ -68,9 +68,9 @@ std::vector<double> DiagonalCovariance(const std::vector<double>& variances) {
     return covariance;
 }
 
-// A problem whose solution is easy to exhaust in a space of little correlation, handed to the search in another
-// space, which a unimodular transformation makes strongly correlated. The values are multiples of powers of two,
-// so that the transformed problem is exact.
+// A problem whose solution is easy to exhaust in a space of little correlation, handed to the
+// search in another space, which a unimodular transformation makes strongly correlated. The values
+// are multiples of powers of two, so that the transformed problem is exact.
 class HiddenProblem {
   public:
     HiddenProblem(std::mt19937_64& random, std::size_t n)
@@ -314,7 +314,8 @@ TEST(LambdaSearchTest, AllIntegersEndWithTheBoundAtZero) {
     }
 }
 
-// Which of two ambiguities stands on top shows in which of them may be an integer without a failure.
+// Which of two ambiguities stands on top shows in which of them may be an integer without a
+// failure.
 TEST(LambdaSearchTest, TheMorePreciseAmbiguityStandsOnTop) {
     const std::vector<double> covariance = DiagonalCovariance({0.1, 0.5});
     EXPECT_FALSE(Search({5.0, 0.3}, covariance, 2).found);
@@ -392,7 +393,8 @@ TEST(ScaledLambdaTest, AFractionOfExactlyThreeTenthsStaysOnWholeCycles) {
         ASSERT_TRUE(half.found);
         EXPECT_EQ(half.vectors(0, 0), sign * 0.5);
         EXPECT_EQ(half.vectors(0, 1), 0.0);
-        // On half cycles a distance counts four times in cycles, since value and deviation both double.
+        // On half cycles a distance counts four times in cycles, since value and deviation both
+        // double.
         EXPECT_DOUBLE_EQ(half.distances(0, 0), 0.16 / (4.0 * 0.5));
         EXPECT_DOUBLE_EQ(half.distances(0, 1), 0.36 / (4.0 * 0.5));
     }

@@ -1,5 +1,5 @@
-// Fixing period by period: what each period resolves to, what float periods borrow from fixed ones, and which
-// integers end in the result.
+// Fixing period by period: what each period resolves to, what float periods borrow from fixed ones,
+// and which integers end in the result.
 #include "ambiguity/period_fixing.h"
 
 #include <gtest/gtest.h>
@@ -29,8 +29,8 @@ struct CraftedPeriod {
     Vector rhs;
 };
 
-// Period equations of given blocks, with one common parameter and the list of ambiguities in period order. `start`
-// holds the common parameter and all ambiguities. Solved.
+// Period equations of given blocks, with one common parameter and the list of ambiguities in period
+// order. `start` holds the common parameter and all ambiguities. Solved.
 PeriodEquations Crafted(int model, const Vector& start, const std::vector<CraftedPeriod>& periods) {
     std::size_t widest = 0;
     for (const CraftedPeriod& period : periods) {
@@ -98,9 +98,9 @@ CraftedPeriod Uncoupled(const std::vector<double>& variances) {
     return period;
 }
 
-// Two periods of one ambiguity each, all starting at zero. A measurement of the common parameter, c = `measured`
-// to 0.15; in the first period slope c + a = 7 and in the second 4 c + b = 3, both to 0.01. The first ambiguity
-// is 7 and the second 3: with a fixed, c is near zero.
+// Two periods of one ambiguity each, all starting at zero. A measurement of the common parameter, c
+// = `measured` to 0.15; in the first period slope c + a = 7 and in the second 4 c + b = 3, both to
+// 0.01. The first ambiguity is 7 and the second 3: with a fixed, c is near zero.
 PeriodEquations OneStrongOneWeak(long double measured, long double slope) {
     const long double code = 1.0L / (0.15L * 0.15L);
     const long double phase = 1e4L;
@@ -127,7 +127,8 @@ PeriodFixRecord FloatRecord(int period, const std::vector<AmbRstInfo>& tracks) {
     return {period, lambda};
 }
 
-// ---- borrowing ------------------------------------------------------------------------------------------
+// ---- borrowing
+// ------------------------------------------------------------------------------------------
 
 // Period b borrows; its announcement, and nothing else, goes to the standard error stream.
 void Borrow(PeriodFixing& fixing, const std::vector<int>& fixedPeriods, int b) {
@@ -165,8 +166,8 @@ struct Estimate {
     Dense cofactors;
 };
 
-// The period's own estimate with an independent measurement of its common parameters folded in, by the gain of
-// a filter: no normal equations of the sum are formed.
+// The period's own estimate with an independent measurement of its common parameters folded in, by
+// the gain of a filter: no normal equations of the sum are formed.
 Estimate FoldIn(const Estimate& before, const Vector& measured, const Dense& covariance) {
     const std::size_t n = before.x.size();
     const std::size_t nc = measured.size();
@@ -309,7 +310,8 @@ TEST(BorrowingTest, APeriodThatDoesNotFixLeavesNoRecord) {
     EXPECT_EQ(fixing.records.size(), 2U);
 }
 
-// Three equals with fractions of 0.29 have a ratio of 1 + 0.42 / (3 * 0.29^2), and the lowest grade.
+// Three equals with fractions of 0.29 have a ratio of 1 + 0.42 / (3 * 0.29^2), and the lowest
+// grade.
 TEST(BorrowingTest, TheLowestGradeIsEnough) {
     const std::vector<double> variances(3, 0.01);
     PeriodFixing fixing(
@@ -335,8 +337,9 @@ TEST(BorrowingTest, ASingularPriorIsAnError) {
     testing::internal::GetCapturedStderr();
 }
 
-// The second period: N = (4 2; 2 4), W = (2 3), start (1, 7). The first says 1.5 with cofactor 0.25, so that 4 and 2
-// are added: N = (8 2; 2 4), W = (4 3), inverse (4 -2; -2 8) / 28, corrections (10 16) / 28.
+// The second period: N = (4 2; 2 4), W = (2 3), start (1, 7). The first says 1.5 with cofactor
+// 0.25, so that 4 and 2 are added: N = (8 2; 2 4), W = (4 3), inverse (4 -2; -2 8) / 28,
+// corrections (10 16) / 28.
 TEST(BorrowingTest, EveryStepIsInTheTraceWithItsMatrix) {
     const CraftedPeriod first = {{{5.0L, 1.0L}, {1.0L, 5.0L}}, {0.0L, 0.0L}};
     const CraftedPeriod second = {{{4.0L, 2.0L}, {2.0L, 4.0L}}, {2.0L, 3.0L}};
@@ -406,7 +409,8 @@ TEST(BorrowingTest, BelowLevelFiveTheTraceHasTheFirstLineAlone) {
     EXPECT_EQ(trace.Text(), "1 GetPeriodXbIWithSubXaIConstraint: 1.\n");
 }
 
-// ---- the strategy ---------------------------------------------------------------------------------------
+// ---- the strategy
+// ---------------------------------------------------------------------------------------
 
 TEST(PeriodFixingTest, StartsWithTheRatioAtOneAndACopyOfTheEquations) {
     PeriodEquations equations = OneStrongOneWeak(0.1L, 1.0L);
@@ -471,7 +475,8 @@ TEST(PeriodFixingTest, TheRatioIsThatOfTheBestPeriod) {
 }
 
 TEST(PeriodFixingTest, TheRatioIsNeverBelowOne) {
-    // An integer float value is met again and again: best and second best are both at distance zero.
+    // An integer float value is met again and again: best and second best are both at distance
+    // zero.
     PeriodFixing fixing(1, 1.8, Crafted(1, {1.0L, 3.0L}, {Uncoupled({0.01})}));
     EXPECT_TRUE(fixing.Resolve());
     EXPECT_LT(fixing.records.at(0).lambda.ratio, 1.0);
@@ -479,7 +484,8 @@ TEST(PeriodFixingTest, TheRatioIsNeverBelowOne) {
 }
 
 TEST(PeriodFixingTest, AFloatPeriodBorrowsFromTheFixedOne) {
-    // c is measured as 0.07375: a is 7 - 0.1475, with a ratio of 33, and b is 3 - 0.295, with one below 6.
+    // c is measured as 0.07375: a is 7 - 0.1475, with a ratio of 33, and b is 3 - 0.295, with one
+    // below 6.
     PeriodFixing fixing(1, 6.0, OneStrongOneWeak(0.07375L, 2.0L));
     testing::internal::CaptureStderr();
     EXPECT_TRUE(fixing.Resolve());
@@ -509,8 +515,8 @@ TEST(PeriodFixingTest, ABorrowedFixDoesNotRaiseTheRatio) {
     EXPECT_NEAR(fixing.ratio, RatioOfOne(0.1475), 1e-2);
 }
 
-// b comes out at 3 - 0.705 and is taken for 2 with too low a ratio; with the borrowed c it is 3. Both stand in
-// records; the list keeps the one collected first.
+// b comes out at 3 - 0.705 and is taken for 2 with too low a ratio; with the borrowed c it is 3.
+// Both stand in records; the list keeps the one collected first.
 TEST(PeriodFixingTest, OfTwoRecordsOfATrackTheEarlierCollectedStands) {
     PeriodFixing fixing(1, 6.0, OneStrongOneWeak(0.17625L, 0.85L));
     testing::internal::CaptureStderr();
@@ -557,8 +563,8 @@ TEST(PeriodFixingTest, AFixedPeriodBorrowsNothing) {
     EXPECT_EQ(fixing.records.size(), 2U);
 }
 
-// The more precise ambiguity of the second period starts at an integer and nothing moves it: its branch of the
-// search repeats until the limit. The prior of the first period moves it.
+// The more precise ambiguity of the second period starts at an integer and nothing moves it: its
+// branch of the search repeats until the limit. The prior of the first period moves it.
 PeriodEquations SecondPeriodRunsIntoTheLimit() {
     const CraftedPeriod first = {{{50.0L, 20.0L}, {20.0L, 100.0L}}, {0.0L, 0.0L}};
     const CraftedPeriod second = {{{50.0L, 3.0L, 2.0L}, {3.0L, 400.0L, 0.0L}, {2.0L, 0.0L, 100.0L}},
@@ -686,8 +692,8 @@ TEST(PeriodFixingTest, TheResultIsSortedByEpochsAndSatellite) {
     }
 }
 
-// A period that keeps a part of its ambiguities without passing, and borrows the rest: the list of a float result
-// completed by a borrowed one.
+// A period that keeps a part of its ambiguities without passing, and borrows the rest: the list of
+// a float result completed by a borrowed one.
 TEST(PeriodFixingTest, TheListTakesFromABorrowedFixWhatTheFloatAttemptLeftOut) {
     int completed = 0;
     for (std::uint64_t seed = 1; seed <= 400; ++seed) {

@@ -1,5 +1,5 @@
-// A made-up session of several periods: a linear problem with known truth, as period equations and as the one
-// large system that they stand for.
+// A made-up session of several periods: a linear problem with known truth, as period equations and
+// as the one large system that they stand for.
 #pragma once
 
 #include <algorithm>
@@ -23,7 +23,8 @@ struct SessionShape {
     std::vector<double> drift;  // by period: how far directions turn from first to last row
     double noise = 0.0;         // cycles
     std::uint64_t seed = 1;
-    // Position in the list of ambiguities of each track, tracks counted period by period; empty: in order.
+    // Position in the list of ambiguities of each track, tracks counted period by period; empty: in
+    // order.
     std::vector<int> listPosition;
 };
 
@@ -159,7 +160,8 @@ class Session {
         }
     }
 
-    // Rows of cycles: direction times common parameters plus an ambiguity, directions turning with time.
+    // Rows of cycles: direction times common parameters plus an ambiguity, directions turning with
+    // time.
     void Observe() {
         std::normal_distribution<double> normal;
         const std::size_t nc = shape.commonCount;

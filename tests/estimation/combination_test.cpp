@@ -1,5 +1,5 @@
-// Phase combinations of the solve models: coefficients, wavelengths, ionosphere and the splitting of the
-// ionosphere-free ambiguity, from the frequencies of the interface documents.
+// Phase combinations of the solve models: coefficients, wavelengths, ionosphere and the splitting
+// of the ionosphere-free ambiguity, from the frequencies of the interface documents.
 #include "estimation/combination.h"
 
 #include <gtest/gtest.h>

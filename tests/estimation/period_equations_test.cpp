@@ -158,7 +158,8 @@ TEST(PeriodEquationsTest, StackedAndGlobalPlacesAgreeForAListInPeriodOrder) {
     }
 }
 
-// The list runs against the periods: start values lie at other places than the corrections that are added.
+// The list runs against the periods: start values lie at other places than the corrections that are
+// added.
 TEST(PeriodEquationsTest, AListOutOfPeriodOrderStillAddsCorrectionsPlaceByPlace) {
     SessionShape shape = ShapeOf(2);
     shape.listPosition = {7, 6, 5, 4, 3, 2, 1, 0};
@@ -179,7 +180,8 @@ TEST(PeriodEquationsTest, GlobalIndicesEndAtThePeriodsAndTheirSizes) {
     EXPECT_EQ(equations.GlobalIndexOf(1, 3), 8);
 }
 
-// Only indices above the size of the period are refused: the next place of its row is read as it stands.
+// Only indices above the size of the period are refused: the next place of its row is read as it
+// stands.
 TEST(PeriodEquationsTest, TheIndexBehindTheLastParameterReadsTheTable) {
     Session session(ShapeOf(2));
     const std::size_t stride = 5 + 5;
@@ -206,7 +208,8 @@ TEST(PeriodEquationsTest, TheSecondFrequencyFollowsByThePeriodsOwnTrackCount) {
     EXPECT_EQ(equations.GlobalIndexOf(1, 8), 3 + 7 + 3);
 }
 
-// After the adjustment the weighted squares of the residuals are those of the misclosures less W' dx.
+// After the adjustment the weighted squares of the residuals are those of the misclosures less W'
+// dx.
 TEST(PeriodEquationsTest, TheReducedSumIsThatOfTheResiduals) {
     for (std::size_t periods : {1U, 2U, 3U, 4U}) {
         SCOPED_TRACE(periods);
@@ -220,7 +223,8 @@ TEST(PeriodEquationsTest, TheReducedSumIsThatOfTheResiduals) {
         for (std::size_t k = 0; k < dx.size(); ++k) {
             expected -= dx[k] * session.wholeRhs[k];
         }
-        // Noise of 0.02 and weights of 1 to 1.5: far below the squares that it is the small rest of.
+        // Noise of 0.02 and weights of 1 to 1.5: far below the squares that it is the small rest
+        // of.
         ASSERT_LT(expected, 0.1 * session.squares);
         std::vector<gult::matrixT> rhs;
         for (const Vector& w : session.rhs) {

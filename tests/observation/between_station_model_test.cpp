@@ -322,8 +322,8 @@ TEST_F(BetweenStations, ASatelliteWithoutAPositionIsAtTheCentreOfTheEarth) {
 }
 
 TEST_F(BetweenStations, ARoverExactlyBelowTheSatelliteHasAnElevationOfPi) {
-    // On the meridian of Greenwich the east part vanishes; a satellite is looked for, step by step of the last
-    // digit, whose north part does so too.
+    // On the meridian of Greenwich the east part vanishes; a satellite is looked for, step by step
+    // of the last digit, whose north part does so too.
     const Station station{Radians(45.0L), 0.0L, 0.0L};
     const XYZPosition rover(static_cast<double>(station.Cartesian().x), 0.0,
                             static_cast<double>(station.Cartesian().z));

@@ -1,4 +1,5 @@
-// Carriers by system: frequencies and wavelengths of the interface documents, and the Galileo bands as configured.
+// Carriers by system: frequencies and wavelengths of the interface documents, and the Galileo bands
+// as configured.
 #include "observation/carriers.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// Ionosphere models: the fixed shell and the broadcast model, against extended precision and hand arithmetic.
+// Ionosphere models: the fixed shell and the broadcast model, against extended precision and hand
+// arithmetic.
 #include "observation/ionosphere.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
-// The records of an epoch: their shape, defaults and copies, and the input of one receiver's observations.
+// The records of an epoch: their shape, defaults and copies, and the input of one receiver's
+// observations.
 #include "observation/observation_records.h"
 
 #include <gtest/gtest.h>

@@ -13,8 +13,8 @@ struct Weather {
     Real humidity = 50.0L;     // percent
 };
 
-// A layer of refractivity N (1 - height/H)^4 along the ray, its height taken to the second order of the way s
-// as s sin E + s^2 cos^2 E / (2 r): the integral by Simpson's rule, not by the series.
+// A layer of refractivity N (1 - height/H)^4 along the ray, its height taken to the second order of
+// the way s as s sin E + s^2 cos^2 E / (2 r): the integral by Simpson's rule, not by the series.
 inline Real QuarticLayer(Real refractivity, Real shell, Real stationRadius, Real elevation) {
     const Real sine = std::sin(elevation);
     const Real cosine = std::cos(elevation);
@@ -95,8 +95,8 @@ inline Real MopsDelay(Real dayOfYear, Real latitude, Real height, Real elevation
     return (dry + wet) * 1.001L / std::sqrt(0.002001L + sine * sine);
 }
 
-// A constant night content of 10^17 electrons per square metre with a half cosine from 8 to 20 h local time,
-// on a shell at 350 km.
+// A constant night content of 10^17 electrons per square metre with a half cosine from 8 to 20 h
+// local time, on a shell at 350 km.
 inline Real ShellDelay(const Station& station, Real secondsOfDay, Real elevation) {
     const Real earth = 6377397.2L;
     const Real sine = (earth + station.height) / (earth + 350000.0L) * std::cos(elevation);

@@ -1,4 +1,5 @@
-// The difference of two receivers' records: common satellites, differences, epoch, and what is carried over.
+// The difference of two receivers' records: common satellites, differences, epoch, and what is
+// carried over.
 #include <gtest/gtest.h>
 
 #include <vector>

@@ -140,7 +140,8 @@ TEST_F(Troposphere, SaastamoinenAgreesWithTheFormula) {
 }
 
 TEST_F(Troposphere, SaastamoinenHasThePublishedDryZenithDelay) {
-    // 2.277 mm per hPa at latitude 45 degrees and sea level: 2.307 m. Humidity is all but taken out.
+    // 2.277 mm per hPa at latitude 45 degrees and sea level: 2.307 m. Humidity is all but taken
+    // out.
     SetSurfaceWeather(18.0, 1013.25, 1e-9);
     EXPECT_NEAR(Saastamoinen(Degrees(45.0), 0.0, kZenith), 2.3072, 1e-4);
     EXPECT_NEAR(Saastamoinen(0.0, 0.0, kZenith), 2.3072 / (1.0 - 0.00266), 1e-4);
@@ -253,8 +254,9 @@ TEST_F(Troposphere, MopsAgreesWithThePublishedModel) {
 }
 
 TEST_F(Troposphere, MopsRowsAtTheirLatitudesInHandArithmetic) {
-    // Sea level on the day of the coldest air, where the season enters in full; zenith, so that the mapping is
-    // 1.001 / sqrt(1.002001) = 1.0000000. k1 Rd / gm = 0.00227684 m/hPa, k2 Rd = 109.654628.
+    // Sea level on the day of the coldest air, where the season enters in full; zenith, so that the
+    // mapping is 1.001 / sqrt(1.002001) = 1.0000000. k1 Rd / gm = 0.00227684 m/hPa, k2 Rd =
+    // 109.654628.
     const double dryPerHpa = 77.604e-6 * 287.054 / 9.784;
     struct Row {
         double latitude, pressure, kelvin, vapour, lapse, lambda;
@@ -276,7 +278,8 @@ TEST_F(Troposphere, MopsRowsAtTheirLatitudesInHandArithmetic) {
 }
 
 TEST_F(Troposphere, MopsBetweenTwoRowsIsTheirMean) {
-    // Day 28 at 22.5 degrees: the means of the rows of 15 and 30 degrees, less half the season of 30.
+    // Day 28 at 22.5 degrees: the means of the rows of 15 and 30 degrees, less half the season of
+    // 30.
     const double pressure = (1013.25 + 1021.0) / 2.0;
     const double kelvin = (299.65 + 287.15) / 2.0;
     const double vapour = (26.31 + 12.94) / 2.0;

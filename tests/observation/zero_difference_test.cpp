@@ -1,5 +1,5 @@
-// Satellite positions, clocks and directions at one receiver, against an independent solution of the way of
-// the signal, and the sorting into the lists of usable satellites.
+// Satellite positions, clocks and directions at one receiver, against an independent solution of
+// the way of the signal, and the sorting into the lists of usable satellites.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -35,7 +35,8 @@ constexpr double kEarthRateShort = 7.292115e-05;
 constexpr double kNoMask = -4.0;  // rad, below every elevation
 const Station kStation{Radians(49.14L), Radians(12.88L), 666.0L};
 
-// A satellite as the tests know it: state by GPS seconds after kStart, in the frame of its ephemeris.
+// A satellite as the tests know it: state by GPS seconds after kStart, in the frame of its
+// ephemeris.
 struct KnownSatellite {
     std::string name;
     int number;
@@ -152,7 +153,8 @@ class ZeroDifference : public testing_support::EmptyOrbitStores {
     }
 };
 
-// A GPS satellite in a circular orbit without clock drift, so that its clock is `clock` at all times.
+// A GPS satellite in a circular orbit without clock drift, so that its clock is `clock` at all
+// times.
 KeplerEphemeris PlainRecord(int satId, double clock = 0.0) {
     KeplerEphemeris record = SampleKeplerRecord(satId, kWeek, kStart);
     record.e = 0.0;
@@ -277,8 +279,8 @@ TEST_F(ZeroDifference, ASecondCodeAloneStartsFromTheEpochItself) {
 }
 
 TEST_F(ZeroDifference, TenPassesAreAllowedAndNoMore) {
-    // A clock that runs off by a tenth shortens each change to a tenth: from c0 s to c0 1e-9 s in the tenth
-    // pass, to be below 1e-8 s.
+    // A clock that runs off by a tenth shortens each change to a tenth: from c0 s to c0 1e-9 s in
+    // the tenth pass, to be below 1e-8 s.
     const double code = 0.07 * kSpeedOfLight;
     for (const double firstClock : {5.0, 50.0, -5.0, -50.0}) {
         SCOPED_TRACE(firstClock);
@@ -335,7 +337,8 @@ class EarthTurn : public testing_support::EmptyOrbitStores,
                   public ::testing::WithParamInterface<RateCase> {};
 
 TEST_P(EarthTurn, HasTheRateOfTheSystem) {
-    // Seen from a thousand gigametres the turn is a quarter of a radian, and the digits of its rate show.
+    // Seen from a thousand gigametres the turn is a quarter of a radian, and the digits of its rate
+    // show.
     const RateCase& one = GetParam();
     const XYZPosition farAway(1e12, 2e11, 3e11);
     const int number = MakeSatNumber(one.system, one.id);
@@ -433,7 +436,8 @@ TEST_F(ZeroDifference, PreciseOrbitsServeEverySystemWithoutAShift) {
         Observe(number, static_cast<double>(truth.code));
         Correct();
         SCOPED_TRACE(number);
-        // The table's times resolve a millimetre of the way; a shift of the frame would be 0.4 m and more.
+        // The table's times resolve a millimetre of the way; a shift of the frame would be 0.4 m
+        // and more.
         EXPECT_LT(Separation(truth.satellite, SatellitePosition(number)), 5e-3);
         EXPECT_NEAR(record_.satClock[number - 1], static_cast<double>(truth.clock), 1e-14);
         EXPECT_EQ(record_.satListDual, (std::vector<int>{number}));

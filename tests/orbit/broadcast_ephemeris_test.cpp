@@ -1,5 +1,5 @@
-// Broadcast ephemerides of GPS, BDS and Galileo: the choice of a record, and positions and clocks against
-// the algorithms of the interface control documents in extended precision.
+// Broadcast ephemerides of GPS, BDS and Galileo: the choice of a record, and positions and clocks
+// against the algorithms of the interface control documents in extended precision.
 #include "orbit/broadcast_ephemeris.h"
 
 #include <gtest/gtest.h>
@@ -114,7 +114,8 @@ TEST_F(KeplerOrbit, TheSystemsDifferInGravityAndEarthRate) {
     const Answer gps = Ask(GetGpsPosition, Epoch(kWeek, kToe + 7200.0), 14);
     const Answer bds = Ask(GetBdsPosition, Epoch(kWeek, kToe + 7200.0 + kBdsBehindGps), 14);
     const Answer galileo = Ask(GetGalPosition, Epoch(kWeek, kToe + 7200.0), 14);
-    // Half the relative difference of gravity, 5.5e-10, on the 28,000 km of two hours: some millimetres.
+    // Half the relative difference of gravity, 5.5e-10, on the 28,000 km of two hours: some
+    // millimetres.
     EXPECT_GT(Distance(gps.position, galileo.position), 1e-3);
     // 1.467e-12 rad/s over the seconds of the week.
     const double turned = 1.467e-12 * (kToe + 7200.0) * std::hypot(bds.position.X, bds.position.Y);
@@ -161,8 +162,8 @@ TEST_F(KeplerOrbit, LowIdsOfGpsAndGalileoTakeTheOrdinaryPath) {
 }
 
 TEST_F(KeplerOrbit, AGeostationarySatelliteStandsStillOverTheEquator) {
-    // A circular orbit of one sidereal day in the plane of the equator, which stands five degrees against
-    // the plane that the elements of these satellites refer to.
+    // A circular orbit of one sidereal day in the plane of the equator, which stands five degrees
+    // against the plane that the elements of these satellites refer to.
     KeplerEphemeris record;
     record.satId = 3;
     record.toeEpoch = Epoch(kWeek, kToe);
@@ -210,8 +211,8 @@ TEST_F(KeplerOrbit, AnEccentricOrbitSatisfiesKeplersEquation) {
 }
 
 TEST_F(KeplerOrbit, TheClockCarriesTheRelativityTermOfTheInterfaceDocument) {
-    // F e sqrt(A) sin E, largest at E = pi/2. F in s per root of a metre: IS-GPS-200, and the Galileo and
-    // BDS documents with their gravity.
+    // F e sqrt(A) sin E, largest at E = pi/2. F in s per root of a metre: IS-GPS-200, and the
+    // Galileo and BDS documents with their gravity.
     const double published = -4.442807633e-10;
     const double publishedElsewhere = -4.442807309e-10;
     const double e = 0.02;

@@ -1,5 +1,5 @@
-// GLONASS broadcast orbits: the choice of a record, the integration against an independent one in extended
-// precision, and its steps.
+// GLONASS broadcast orbits: the choice of a record, the integration against an independent one in
+// extended precision, and its steps.
 #include "orbit/glonass_orbit.h"
 
 #include <gtest/gtest.h>
@@ -115,8 +115,8 @@ TEST_F(GlonassOrbit, TheLuniSolarAccelerationOfEachAxisActsThroughout) {
     }
 }
 
-// A throw out from near the centre: the pull changes so much within a step that every other division of the
-// time gives another end point.
+// A throw out from near the centre: the pull changes so much within a step that every other
+// division of the time gives another end point.
 GlonassEphemeris SteepRecord() {
     GlonassEphemeris record = SampleGlonassRecord(kSlot, kWeek, kReference);
     record.x = 1500.0;
@@ -218,7 +218,8 @@ TEST_F(GlonassOrbit, AnAbsentSlotHasNoChannel) {
 TEST_F(GlonassOrbit, ARecordFourHoursAwayIsUsedAndHalfASecondMoreIsNot) {
     GlonassEphemerides().AddGlonassEphemeris(SampleGlonassRecord(kSlot, kWeek, kReference));
     EXPECT_TRUE(Ask(After(14400.0), kSlot).usable);
-    // A time before the reference counts from the day before, which costs the last digits of the difference.
+    // A time before the reference counts from the day before, which costs the last digits of the
+    // difference.
     EXPECT_TRUE(Ask(After(-14399.999), kSlot).usable);
     for (const double beyond : {-14400.5, 14400.5}) {
         const Answer answer = Ask(After(beyond), kSlot);

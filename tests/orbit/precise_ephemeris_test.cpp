@@ -1,5 +1,5 @@
-// Precise ephemerides: the lists, the span of the interpolation, and its values against polynomials and an
-// analytic orbit.
+// Precise ephemerides: the lists, the span of the interpolation, and its values against polynomials
+// and an analytic orbit.
 #include "orbit/precise_ephemeris.h"
 
 #include <gtest/gtest.h>

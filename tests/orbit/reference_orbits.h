@@ -1,7 +1,9 @@
 // Orbits computed a second time, in extended precision, from the interface control documents of the
-// systems (IS-GPS-200, BDS-SIS-ICD, Galileo OS SIS ICD, GLONASS ICD edition 5.1), to hold the engine's against.
+// systems (IS-GPS-200, BDS-SIS-ICD, Galileo OS SIS ICD, GLONASS ICD edition 5.1), to hold the
+// engine's against.
 //
-// Times are seconds from the reference of a record, so that nothing here depends on the engine's epochs.
+// Times are seconds from the reference of a record, so that nothing here depends on the engine's
+// epochs.
 #pragma once
 
 #include <cmath>
@@ -198,8 +200,8 @@ inline Vector GlonassTrajectory(const GlonassEphemeris& record, Real time) {
                                                       time / static_cast<Real>(count)));
 }
 
-// A state of the size that GLONASS satellites broadcast. `week` and `seconds` are in the time scale of the
-// record, which GPS time precedes by 18 s.
+// A state of the size that GLONASS satellites broadcast. `week` and `seconds` are in the time scale
+// of the record, which GPS time precedes by 18 s.
 inline GlonassEphemeris SampleGlonassRecord(int slot, int week, double seconds) {
     GlonassEphemeris record;
     record.slot = slot;

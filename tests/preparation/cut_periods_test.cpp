@@ -46,7 +46,8 @@ void ExpectPeriods(const StaticSolve& solver, const std::vector<Expected>& expec
     }
 }
 
-// Periods of evenly spaced epochs with the default period length and minimum of epochs unless given.
+// Periods of evenly spaced epochs with the default period length and minimum of epochs unless
+// given.
 void ExpectCut(int count, const std::vector<Expected>& expected, double interval = 30.0,
                double periodLength = 7200.0, int minEpochs = 10) {
     CTRLSolve control;

@@ -8,9 +8,10 @@
 #include "preparation/staged_session.h"
 #include "simulation/noise.h"
 
-// The tolerance of a satellite follows the scatter of its changes. To keep it where a test wants it, the data are free of
-// noise and the satellite's phases alternate: with +-0.1 cycle from epoch to epoch the scatter is 0.1, three and a
-// half times that is beyond the cap of 0.25, and the cap is the limit in every sweep.
+// The tolerance of a satellite follows the scatter of its changes. To keep it where a test wants
+// it, the data are free of noise and the satellite's phases alternate: with +-0.1 cycle from epoch
+// to epoch the scatter is 0.1, three and a half times that is beyond the cap of 0.25, and the cap
+// is the limit in every sweep.
 namespace vornel::test {
 namespace {
 
@@ -242,8 +243,8 @@ TEST_F(DoubleDifferenceSlips, TheCapIsTheLimitWhileTheToleranceIsWider) {
 }
 
 TEST_F(DoubleDifferenceSlips, TheFirstSweepTestsAgainstTheCapAlone) {
-    // A quiet satellite with one change of 0.24: within the cap of the first sweep, beyond the tolerance that its
-    // scatter gives to the second.
+    // A quiet satellite with one change of 0.24: within the cap of the first sweep, beyond the
+    // tolerance that its scatter gives to the second.
     StagedSession staged(Scenario());
     const int quiet = staged.Satellite(kGps, 1), odd = staged.Satellite(kGps, 2);
     for (const int sat : {quiet, odd}) {
@@ -267,8 +268,9 @@ TEST_F(DoubleDifferenceSlips, TheFirstSweepTestsAgainstTheCapAlone) {
 }
 
 TEST_F(DoubleDifferenceSlips, ScatterIsTheRootMeanSquareOverBothFrequencies) {
-    // Changes of 0.01 on the first and 0.05 on the second frequency, 0.036 over both; with two changes of size x among 118
-    // the tolerance is 3.5 sqrt(0.0013 + 2 x^2 / 118), which x passes at 0.142.
+    // Changes of 0.01 on the first and 0.05 on the second frequency, 0.036 over both; with two
+    // changes of size x among 118 the tolerance is 3.5 sqrt(0.0013 + 2 x^2 / 118), which x passes
+    // at 0.142.
     for (const auto& [jump, lost] : {std::pair{0.125, false}, {0.138, true}}) {
         ForgetProcess();
         StagedSession staged(Scenario());
@@ -297,8 +299,9 @@ TEST_F(DoubleDifferenceSlips, OutlierFactorSetsTheTolerance) {
 // --- restarts and segments
 
 TEST_F(DoubleDifferenceSlips, ASatelliteFailingForTooLongLosesItsEpochsAndStartsANewSegment) {
-    // A lasting half cycle. The first sweep gives up at epoch 39, ten epochs after the last good one, and takes the ten
-    // before it; the second sees a gap of eleven epochs with the same jump and takes one more.
+    // A lasting half cycle. The first sweep gives up at epoch 39, ten epochs after the last good
+    // one, and takes the ten before it; the second sees a gap of eleven epochs with the same jump
+    // and takes one more.
     StagedSession staged(Scenario());
     Swing(staged);
     const int sat = staged.Satellite(kGps, 1);
@@ -311,8 +314,8 @@ TEST_F(DoubleDifferenceSlips, ASatelliteFailingForTooLongLosesItsEpochsAndStarts
 }
 
 TEST_F(DoubleDifferenceSlips, AFailureSoonAfterAReturnLosesTheEpochsSince) {
-    // The second slip comes five epochs after the first: the epochs between go and a segment begins with it. The next sweep
-    // finds the slip again, across a gap now, and repairs it.
+    // The second slip comes five epochs after the first: the epochs between go and a segment begins
+    // with it. The next sweep finds the slip again, across a gap now, and repairs it.
     StagedSession staged(Scenario());
     Swing(staged);
     const int sat = staged.Satellite(kGps, 1);
@@ -339,7 +342,8 @@ TEST_F(DoubleDifferenceSlips, AFailureTenGoodEpochsAfterAReturnIsRepaired) {
 }
 
 TEST_F(DoubleDifferenceSlips, AFailureNineGoodEpochsAfterAReturnLeavesAGapTooLongToRepair) {
-    // The first sweep takes the nine epochs; to the second the slip lies in a gap of ten, and epoch 30 goes as well.
+    // The first sweep takes the nine epochs; to the second the slip lies in a gap of ten, and epoch
+    // 30 goes as well.
     StagedSession staged(Scenario());
     Swing(staged);
     const int sat = staged.Satellite(kGps, 1);
@@ -376,7 +380,8 @@ TEST_F(DoubleDifferenceSlips, ASlipInAGapOfNineEpochsIsRepaired) {
 }
 
 TEST_F(DoubleDifferenceSlips, ASlipInAGapOfTenEpochsStartsANewSegment) {
-    // Each of the two sweeps takes as many epochs before the return as the gap is long, and with them one good one.
+    // Each of the two sweeps takes as many epochs before the return as the gap is long, and with
+    // them one good one.
     StagedSession staged(Scenario());
     Swing(staged);
     const int sat = staged.Satellite(kGps, 1);
@@ -436,8 +441,8 @@ TEST_F(DoubleDifferenceSlips, WithoutItsReferenceAnEpochIsNotTested) {
 }
 
 TEST_F(DoubleDifferenceSlips, AnEpochWithoutTheReferenceEndsTheCountOfBadOnes) {
-    // Slips at twelve epochs of thirteen would be given up at the eleventh in a row; the epoch without the reference sets the count
-    // back to what the gap adds.
+    // Slips at twelve epochs of thirteen would be given up at the eleventh in a row; the epoch
+    // without the reference sets the count back to what the gap adds.
     StagedSession staged(Scenario());
     Swing(staged);
     const int sat = staged.Satellite(kGps, 1);
@@ -504,8 +509,8 @@ TEST_F(DoubleDifferenceSlips, ASatelliteStillUnsettledAfterTheTenthSweepHasNoSeg
 }
 
 TEST_F(DoubleDifferenceSlips, ASatelliteWithoutChangesIsFiledInEverySweep) {
-    // It settles at once, but is not set aside: with segments of one epoch allowed, each of the two sweeps that the others
-    // take files its only one.
+    // It settles at once, but is not set aside: with segments of one epoch allowed, each of the two
+    // sweeps that the others take files its only one.
     StagedSession staged(Scenario());
     Swing(staged);
     staged.solver->config.minEpochs = 1;

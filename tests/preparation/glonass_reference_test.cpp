@@ -19,8 +19,8 @@ constexpr int kThird = 55;
 using Entry =
     std::tuple<int, int, int, double, double>;  // satellite, first, last, both ambiguities
 
-// What carrier-smoothed code leaves of carrier minus code, cycles, written apart from the filter: the smoothed code less
-// the carrier is the mean of code less carrier since the last restart.
+// What carrier-smoothed code leaves of carrier minus code, cycles, written apart from the filter:
+// the smoothed code less the carrier is the mean of code less carrier since the last restart.
 std::vector<double> AmbiguitySeries(const std::vector<double>& code,
                                     const std::vector<double>& phase, double wavelength) {
     std::vector<double> series;
@@ -83,7 +83,8 @@ class GlonassReference : public ProcessTest {
     }
     SDObsData& At(int epoch) { return solver->epochs[static_cast<std::size_t>(epoch)]; }
 
-    // Codes that tell an ambiguity of the reference at an epoch, with the phase missing, so that nothing is smoothed.
+    // Codes that tell an ambiguity of the reference at an epoch, with the phase missing, so that
+    // nothing is smoothed.
     void Tell(int epoch, double first, double second) {
         const double lambda1 = GlonassL1Wavelength(At(epoch).glonassChannel[kReference - 36]);
         const double lambda2 = GlonassL2Wavelength(At(epoch).glonassChannel[kReference - 36]);
@@ -105,7 +106,8 @@ class GlonassReference : public ProcessTest {
         return entries;
     }
 
-    // The ambiguity found for the reference's first frequency when its codes tell these, epoch by epoch.
+    // The ambiguity found for the reference's first frequency when its codes tell these, epoch by
+    // epoch.
     double Found(const std::vector<double>& told) {
         const int count = static_cast<int>(told.size());
         Begin(count);
@@ -259,8 +261,8 @@ TEST_F(GlonassReference, SegmentsThatReachOverAPeriodsEndAreLeftAlone) {
 // --- the ambiguity
 
 TEST_F(GlonassReference, TheAmbiguityIsTheMeanOfTheSmoothedSeriesAtTheNearestWholeNumber) {
-    // Codes with noise of metres, phases of a moving satellite, in three stretches with an ambiguity each, so that the
-    // restart at a missing phase shows.
+    // Codes with noise of metres, phases of a moving satellite, in three stretches with an
+    // ambiguity each, so that the restart at a missing phase shows.
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         const int channel = static_cast<int>(seed % 14) - 7;
         Begin(50, channel);
@@ -340,7 +342,8 @@ TEST_F(GlonassReference, EpochsWithoutCodeAreInTheSeries) {
 }
 
 TEST_F(GlonassReference, SmoothingBeginsWithTheFirstCodeThereIs) {
-    // Ten epochs with a phase of 700 cycles and no code tell 700; then codes of 600 cycles tell 100 from the first on.
+    // Ten epochs with a phase of 700 cycles and no code tell 700; then codes of 600 cycles tell 100
+    // from the first on.
     Begin(40);
     for (int e = 0; e < 40; ++e) {
         At(e).phase[kReference - 1][0] = 700.0;
@@ -359,7 +362,8 @@ TEST_F(GlonassReference, AValueBeyondThreeAndAHalfDeviationsIsTakenOut) {
 }
 
 TEST_F(GlonassReference, FourteenValuesAreTheFewestThatCanLoseOne) {
-    // One value stands sqrt(n - 1) population deviations off n - 1 equal ones: 3.46 of 13, 3.61 of 14.
+    // One value stands sqrt(n - 1) population deviations off n - 1 equal ones: 3.46 of 13, 3.61 of
+    // 14.
     std::vector<double> told(13, 0.0);
     told[4] = 1300.0;
     EXPECT_EQ(Found(told), 100.0);
@@ -388,7 +392,8 @@ TEST_F(GlonassReference, TheOutlierFactorOfTheConfigurationPlaysNoPart) {
 }
 
 TEST_F(GlonassReference, OneValueLessThanTheFewestEpochsIsEnoughAndTwoLessGiveNone) {
-    // Sixteen values, sixteen epochs at the fewest. Cleaning takes the largest outlier, then the next.
+    // Sixteen values, sixteen epochs at the fewest. Cleaning takes the largest outlier, then the
+    // next.
     for (const auto& [second, expected] : {std::pair{33.0, 33.0}, {5000.0, 0.0}}) {
         Begin(16);
         solver->config.minEpochs = 16;

@@ -89,7 +89,8 @@ TEST_F(ClusterDeltas, TheOrderOfSatellitesMatters) {
 }
 
 TEST_F(ClusterDeltas, AChangeOnceLeftBehindIsNotTakenUpAgain) {
-    // 0.08 is too far from 0.00 when its turn comes; that 0.05 moves the mean near it comes too late.
+    // 0.08 is too far from 0.00 when its turn comes; that 0.05 moves the mean near it comes too
+    // late.
     EXPECT_EQ(Cluster({0.00, 0.08, 0.05}, 1), 0);
     EXPECT_NEAR(mean, 0.025, 1e-15);
     EXPECT_EQ(outliers, (std::vector<int>{37}));
@@ -222,7 +223,8 @@ TEST_F(GlonassSlips, OtherSystemsAreLeftAlone) {
 }
 
 TEST_F(GlonassSlips, AJumpByNoWholeCycleLosesOneEpochAndStays) {
-    // 0.45 cycle is beyond either tolerance and rounds to none. The epoch after, tested across the gap, rounds to none as well.
+    // 0.45 cycle is beyond either tolerance and rounds to none. The epoch after, tested across the
+    // gap, rounds to none as well.
     StagedSession staged(Scenario(5));
     const int sat = staged.Satellite(kGlonass, 1);
     staged.JumpFrom(sat, 30, 0.45, 0.0);
@@ -290,8 +292,8 @@ TEST_F(GlonassSlips, AnotherUndecidedEpochTenEpochsLaterKeepsThem) {
 }
 
 TEST_F(GlonassSlips, AnUndecidedEpochAfterALongFailureLeavesTheSegmentsEndWhereItWas) {
-    // The satellite slips at ten epochs in a row; at the next nobody can tell. It leaves the ten epochs, yet its
-    // segment still ends at the last of them.
+    // The satellite slips at ten epochs in a row; at the next nobody can tell. It leaves the ten
+    // epochs, yet its segment still ends at the last of them.
     StagedSession staged(Scenario(4));
     const int sat = AllOf(staged)[0];
     for (int e = 20; e < 30; ++e) {
@@ -404,7 +406,8 @@ TEST_F(GlonassSlips, ASlipInAGapOfTenEpochsStartsANewSegmentAndLosesTheLastEpoch
 }
 
 TEST_F(GlonassSlips, AGapThatNobodyCanBridgeStartsANewSegment) {
-    // At the last epoch before the gap the satellite stood there with one other, that loses this epoch in turn.
+    // At the last epoch before the gap the satellite stood there with one other, that loses this
+    // epoch in turn.
     StagedSession staged(Scenario(5));
     const std::vector<int> all = AllOf(staged);
     const int sat = all[0];
@@ -422,8 +425,8 @@ TEST_F(GlonassSlips, AGapThatNobodyCanBridgeStartsANewSegment) {
 }
 
 TEST_F(GlonassSlips, SatellitesBackAtTheSameEpochAreTestedWithTheirOwnChanges) {
-    // The clocks drift apart, so that a change over the wrong gap is far off. The satellite with the longer gap is
-    // tested first, against the other at a time before that one's gap.
+    // The clocks drift apart, so that a change over the wrong gap is far off. The satellite with
+    // the longer gap is tested first, against the other at a time before that one's gap.
     simulation::Scenario scenario = Scenario(6);
     scenario.roverClock.drift = 5e-9;
     StagedSession staged(scenario);
@@ -518,7 +521,8 @@ TEST_F(GlonassSlips, TwoSatellitesGiveNoAmbiguitiesAtAll) {
 }
 
 TEST_F(GlonassSlips, SegmentsOfOneEpochAreFiledWhenOneIsEnough) {
-    // Epoch 0 counts as good and as bad: at epoch 1 the bad one takes it out, the segment that it was still stands.
+    // Epoch 0 counts as good and as bad: at epoch 1 the bad one takes it out, the segment that it
+    // was still stands.
     for (const int fewest : {1, 0}) {
         ForgetProcess();
         simulation::Scenario scenario = Scenario(2);

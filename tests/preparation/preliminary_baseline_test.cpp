@@ -1,4 +1,5 @@
-// The preliminary baseline from observed between-station values, against truth and an independent adjustment.
+// The preliminary baseline from observed between-station values, against truth and an independent
+// adjustment.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -63,7 +64,8 @@ void ExpectResult(StaticSolve& solver, const CoordinateAdjustment& expected) {
     EXPECT_EQ(solver.roverPosition.X, solver.priorBaseline.X);
     EXPECT_EQ(solver.roverPosition.Y, solver.priorBaseline.Y);
     EXPECT_EQ(solver.roverPosition.Z, solver.priorBaseline.Z);
-    // The covariance over F leaves the cofactors times the squared assumed deviation, twice the code's.
+    // The covariance over F leaves the cofactors times the squared assumed deviation, twice the
+    // code's.
     ASSERT_EQ(solver.priorBaselineCov.RowCount(), 3U);
     ASSERT_EQ(solver.priorBaselineCov.ColCount(), 3U);
     const Wide assumed = 2.0L * solver.config.codeStd;

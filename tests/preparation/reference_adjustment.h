@@ -1,5 +1,6 @@
-// The robust coordinate adjustments a second time, in extended precision and another way round: all rows are listed
-// first, then adjusted. Only the between-station value of a satellite comes from the engine.
+// The robust coordinate adjustments a second time, in extended precision and another way round: all
+// rows are listed first, then adjusted. Only the between-station value of a satellite comes from
+// the engine.
 #pragma once
 
 #include <cmath>
@@ -216,7 +217,8 @@ inline Series DoubleDifferences(const StaticSolve& solver, const StaticPeriod& p
     return series;
 }
 
-// Changes of double differences between consecutive epochs, all periods and signals of the solve model.
+// Changes of double differences between consecutive epochs, all periods and signals of the solve
+// model.
 inline std::vector<WideRow> TripleDifferenceRows(const StaticSolve& solver,
                                                  const XYZPosition& rover) {
     std::vector<WideRow> rows;

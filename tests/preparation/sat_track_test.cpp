@@ -1,4 +1,5 @@
-// Tracks of satellites: gaps with both ends inside, and the list's way of taking a repeated satellite.
+// Tracks of satellites: gaps with both ends inside, and the list's way of taking a repeated
+// satellite.
 #include "preparation/sat_track.h"
 
 #include <gtest/gtest.h>

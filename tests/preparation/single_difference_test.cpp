@@ -1,4 +1,5 @@
-// Computed rover-minus-base values of one satellite: the model of the epoch and the antennas put together.
+// Computed rover-minus-base values of one satellite: the model of the epoch and the antennas put
+// together.
 #include "preparation/single_difference.h"
 
 #include <gtest/gtest.h>
@@ -126,7 +127,8 @@ TEST_F(SingleDifferences, EveryChangeOfPositionTroposphereOrCombinationIsFollowe
     const XYZPosition rovers[] = {session_.rover,
                                   test::Shifted(session_.rover, 3000.0, 10.0, 400.0)};
     const SDObsData untouched = TheEpoch();
-    // Each of the turns differs from the one before in something else; the last goes back to the first.
+    // Each of the turns differs from the one before in something else; the last goes back to the
+    // first.
     const int turns[][4] = {{3, 0, 0, 1}, {3, 0, 1, 1}, {3, 0, 1, 2}, {3, 1, 1, 2}, {3, 1, 0, 2},
                             {4, 1, 0, 2}, {4, 0, 0, 2}, {3, 0, 1, 1}, {3, 0, 0, 1}};
     for (const auto& [sat, place, mops, frequency] : turns) {

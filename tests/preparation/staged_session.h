@@ -1,5 +1,5 @@
-// A simulated session brought to the stage of the slip tests, to spoil on purpose: phases that jump, satellites that
-// drop out, and a look at what the stages made of it.
+// A simulated session brought to the stage of the slip tests, to spoil on purpose: phases that
+// jump, satellites that drop out, and a look at what the stages made of it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -58,7 +58,8 @@ class StagedSession {
         Epoch(epoch).phase[sat - 1][0] += first;
         Epoch(epoch).phase[sat - 1][1] += second;
     }
-    // Adds the cycles at every other epoch, from the first: each change is then of one size, up and down in turn.
+    // Adds the cycles at every other epoch, from the first: each change is then of one size, up and
+    // down in turn.
     void Alternate(int sat, double first, double second) {
         for (int e = 0; e < EpochCount(); e += 2) {
             JumpAt(sat, e, first, second);

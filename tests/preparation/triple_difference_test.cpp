@@ -1,5 +1,5 @@
-// The triple-difference solution: truth recovered, every number against an independent adjustment, and which rows
-// there are.
+// The triple-difference solution: truth recovered, every number against an independent adjustment,
+// and which rows there are.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -103,7 +103,8 @@ void ExpectRecord(const StaticSolve& solver, const CoordinateAdjustment& expecte
     near(record.varianceFactor, variance / (assumed * assumed));
     EXPECT_EQ(record.horizontalDistance, 0.0);
     EXPECT_EQ(record.heightDifference, 0.0);
-    // The rotation into north, east, up keeps the trace, and its up element is the height's variance.
+    // The rotation into north, east, up keeps the trace, and its up element is the height's
+    // variance.
     const BLHPosition blh = solver.roverPosition.ToBLH();
     const double up[3] = {std::cos(blh.B) * std::cos(blh.L), std::cos(blh.B) * std::sin(blh.L),
                           std::sin(blh.B)};

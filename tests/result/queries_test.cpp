@@ -1,4 +1,5 @@
-// The thirty queries: every field of made-up records, every bad request, and what stands when nothing was filed.
+// The thirty queries: every field of made-up records, every bad request, and what stands when
+// nothing was filed.
 #include <gtest/gtest.h>
 
 #include <algorithm>

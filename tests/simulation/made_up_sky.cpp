@@ -37,7 +37,8 @@ reference::KeplerConstants ConstantsOf(int system) {
                             : reference::kGalileoConstants;
 }
 
-// Elements of a satellite in its plane, at the start of the session, with clock and corrections of the usual size.
+// Elements of a satellite in its plane, at the start of the session, with clock and corrections of
+// the usual size.
 KeplerEphemeris ElementsOf(int system, int id, double sqrtA, double inclination, double node,
                            double anomaly) {
     const auto draw = [&](std::uint64_t use) {
@@ -68,8 +69,8 @@ KeplerEphemeris ElementsOf(int system, int id, double sqrtA, double inclination,
     return elements;
 }
 
-// A plane with its node at the given earth-fixed longitude and equal spacing in the plane, planes shifted by
-// `phasing` against each other: the pattern of Walker (1984).
+// A plane with its node at the given earth-fixed longitude and equal spacing in the plane, planes
+// shifted by `phasing` against each other: the pattern of Walker (1984).
 struct Pattern {
     int planes;
     int perPlane;
@@ -204,8 +205,9 @@ MadeUpSky::MadeUpSky(int week, double startSeconds, double duration)
     std::sort(satellites_.begin(), satellites_.end());
 }
 
-// Files a record every two hours, all of one orbit (a geostationary one is made anew each time, since its elements refer to
-// axes that turn). On entry omega0 is the longitude of the node at the start of the session.
+// Files a record every two hours, all of one orbit (a geostationary one is made anew each time,
+// since its elements refer to axes that turn). On entry omega0 is the longitude of the node at the
+// start of the session.
 void MadeUpSky::AddKepler(int system, int id, KeplerEphemeris elements, bool geostationary) {
     Records& records = kepler_[system];
     records.first.resize(static_cast<std::size_t>(id) + 1, 0);
@@ -229,7 +231,8 @@ void MadeUpSky::AddKepler(int system, int id, KeplerEphemeris elements, bool geo
             record.m0 = Wrapped(elements.m0 + motion * on);
             record.i0 = elements.i0 + elements.idot * static_cast<double>(on);
         }
-        // The node's longitude at the reference time, told as the document wants it: at the start of the week.
+        // The node's longitude at the reference time, told as the document wants it: at the start
+        // of the week.
         const Real longitude =
             elements.omega0 +
             (geostationary ? 0.0L : (elements.omegaDot - constants.earthRate) * on);

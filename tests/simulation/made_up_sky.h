@@ -1,10 +1,12 @@
-// A sky of four systems that never was: satellites on regular constellations, the broadcast ephemerides that describe
-// them, and their positions and clocks in extended precision, evaluated apart from the engine.
+// A sky of four systems that never was: satellites on regular constellations, the broadcast
+// ephemerides that describe them, and their positions and clocks in extended precision, evaluated
+// apart from the engine.
 //
-// The ephemerides are the definition, the positions follow from them by the formulas of the interface documents, with
-// the conventions that the engine documents for its orbits: BDS records count in BDT (GPS time - 14 s), BDS 1 to 5 are
-// geostationary, clocks hold the relativistic term, GLONASS states are integrated in their own frame. Of several
-// records of a satellite the one closest in time serves, the earlier of two.
+// The ephemerides are the definition, the positions follow from them by the formulas of the
+// interface documents, with the conventions that the engine documents for its orbits: BDS records
+// count in BDT (GPS time - 14 s), BDS 1 to 5 are geostationary, clocks hold the relativistic term,
+// GLONASS states are integrated in their own frame. Of several records of a satellite the one
+// closest in time serves, the earlier of two.
 #pragma once
 
 #include <vector>
@@ -25,11 +27,12 @@ class MadeUpSky {
     // For a session of `duration` seconds from a GPS week and seconds of the week on.
     MadeUpSky(int week, double startSeconds, double duration);
 
-    // All there are, by number: 30 GPS, 24 GLONASS, 34 BDS (5 geostationary, 5 inclined, 24 others), 24 Galileo.
+    // All there are, by number: 30 GPS, 24 GLONASS, 34 BDS (5 geostationary, 5 inclined, 24
+    // others), 24 Galileo.
     const std::vector<int>& satellites() const { return satellites_; }
 
-    // Position (m, earth-fixed axes of that moment; GLONASS in its own frame) and clock (s), `time` seconds of GPS
-    // time after the start of the session.
+    // Position (m, earth-fixed axes of that moment; GLONASS in its own frame) and clock (s), `time`
+    // seconds of GPS time after the start of the session.
     SatelliteState At(int satellite, Real time) const;
 
     static int GlonassChannel(int satellite);

@@ -1,5 +1,5 @@
-// Random numbers that depend on what they are for and on nothing else: leaving a satellite out, or an epoch, changes no
-// other value, and every compiler draws the same.
+// Random numbers that depend on what they are for and on nothing else: leaving a satellite out, or
+// an epoch, changes no other value, and every compiler draws the same.
 #pragma once
 
 #include <cmath>

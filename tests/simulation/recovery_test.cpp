@@ -31,7 +31,8 @@ Scenario ScenarioOf(int model) {
     return scenario;
 }
 
-// The ambiguity of a model's phase combination, cycles, of a satellite against the reference of its period.
+// The ambiguity of a model's phase combination, cycles, of a satellite against the reference of its
+// period.
 double TrueAmbiguity(const Session& session, int model, int block, const AmbRstInfo& track) {
     const StaticSolve& solver = *CurrentProcess().solver;
     const StaticPeriod* period = solver.PeriodOf(track.firstEpoch);
@@ -110,8 +111,8 @@ TEST_P(Recovery, UnderTheOtherTroposphereOfTheFloatSolution) {
 }
 
 TEST_P(Recovery, AtNoiseLevelWithRealNoise) {
-    // Three millimetres on each phase and three decimetres on each code. The error stays within four times what the solution
-    // says of itself, and what it says is right to a factor.
+    // Three millimetres on each phase and three decimetres on each code. The error stays within
+    // four times what the solution says of itself, and what it says is right to a factor.
     for (const std::uint64_t seed : {11u, 12u, 13u}) {
         test::ForgetProcess();
         Scenario scenario = ScenarioOf(GetParam());
@@ -125,7 +126,8 @@ TEST_P(Recovery, AtNoiseLevelWithRealNoise) {
         EXPECT_LT(fixed.sigma3, GetParam() == 5 ? 0.006 : 0.003) << seed;
         EXPECT_GT(fixed.sigma3, 1e-4) << seed;
         const SolveResultFloat& result = Results().floatResults.back();
-        // The float solution's troposphere differs from that of the data by half a millimetre or so here.
+        // The float solution's troposphere differs from that of the data by half a millimetre or so
+        // here.
         EXPECT_LT(ErrorOf(result, session), 4.0 * result.sigma3 + 0.003) << seed;
     }
 }
@@ -158,8 +160,8 @@ TEST_P(Recovery, WithSlipsAndGapsInEverySystem) {
     EXPECT_LT(ErrorOf(fixed, session), kTenthMillimetre);
 }
 
-// Without model 3: over several periods its ambiguities share places in the start vector, and the later periods don't
-// come right.
+// Without model 3: over several periods its ambiguities share places in the start vector, and the
+// later periods don't come right.
 class RecoveryOverPeriods : public Recovery {};
 INSTANTIATE_TEST_SUITE_P(Models, RecoveryOverPeriods, ::testing::Values(1, 2, 4, 5, 6),
                          NameOfModel);
@@ -181,7 +183,8 @@ class RecoveryWithGlonassBias : public Recovery {};
 INSTANTIATE_TEST_SUITE_P(Models, RecoveryWithGlonassBias, ::testing::Range(1, 6), NameOfModel);
 
 TEST_P(RecoveryWithGlonassBias, ToATenthOfAMillimetre) {
-    // One millimetre for each megahertz is 4 mm between the outer channels: forty times the bound if it stayed.
+    // One millimetre for each megahertz is 4 mm between the outer channels: forty times the bound
+    // if it stayed.
     Scenario scenario = ScenarioOf(GetParam());
     scenario.glonassBias = 0.001;
     const Session session = Simulate(scenario);
@@ -209,7 +212,8 @@ TEST_P(Recovery, OfABaselineOfEightyKilometres) {
     scenario.baseline[1] = 52000.0;
     scenario.baseline[2] = -310.0;
     scenario.config.maxFixBaseline = 200000.0;
-    // The height differs by 0.8 km: the two tropospheres differ too much for the float solution to lead to the integers.
+    // The height differs by 0.8 km: the two tropospheres differ too much for the float solution to
+    // lead to the integers.
     scenario.troposphere = Troposphere::kOfFloat;
     scenario.epochCount = 240;
     const Session session = Simulate(scenario);
@@ -222,7 +226,8 @@ TEST_P(Recovery, OfABaselineOfEightyKilometres) {
 class RecoveryOfOne : public test::ProcessTest {};
 
 TEST_F(RecoveryOfOne, Model6IsFreeOfAnIonosphereThatNoModelKnows) {
-    // Two and a half times the ionosphere of the model over 30 km. The wide lane, that keeps it, is off by centimetres.
+    // Two and a half times the ionosphere of the model over 30 km. The wide lane, that keeps it, is
+    // off by centimetres.
     Scenario scenario = ScenarioOf(6);
     scenario.ionosphere = 2.5;
     scenario.baseline[0] = 24000.0;

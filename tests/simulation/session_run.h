@@ -9,18 +9,19 @@
 
 namespace vornel::simulation {
 
-// Makes a new process and hands over configuration, stations, ionosphere, ephemerides and epochs. The stores of the
-// process keep what they hold from before.
+// Makes a new process and hands over configuration, stations, ionosphere, ephemerides and epochs.
+// The stores of the process keep what they hold from before.
 void HandOver(const Session& session);
 
 // Hands over and runs; the status.
 int RunSession(const Session& session);
 
-// Hands over and makes a solver as StartProcess makes it, to run stage by stage. It refers to the process and
-// must not outlive it.
+// Hands over and makes a solver as StartProcess makes it, to run stage by stage. It refers to the
+// process and must not outlive it.
 std::unique_ptr<StaticSolve> SolverOf(const Session& session);
 
-// A solver after its first stages, with the rover at the true position: periods, reference satellites.
+// A solver after its first stages, with the rover at the true position: periods, reference
+// satellites.
 std::unique_ptr<StaticSolve> PreparedSolverOf(const Session& session);
 
 // Distance of a solution's vector from the truth, metres.

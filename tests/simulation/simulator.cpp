@@ -72,7 +72,8 @@ class Observer {
     Path Trace(const Site& site, int satellite, int epoch) const {
         const Real tag = scenario_.interval * epoch;
         const Real reception = tag - ClockError(site, epoch);
-        // A second round settles the travel time to 1e-12 s: a satellite moves 0.003 range for a second.
+        // A second round settles the travel time to 1e-12 s: a satellite moves 0.003 range for a
+        // second.
         Real travel = 0.075L;
         Path path{};
         for (int round = 0; round < 3; ++round) {

@@ -1,8 +1,10 @@
-// Sessions of two receivers with exact truth: what the receivers would have recorded under a made-up sky.
+// Sessions of two receivers with exact truth: what the receivers would have recorded under a
+// made-up sky.
 //
-// Codes and phases are formed from the positions of satellites and antennas in extended precision, with the travel
-// time of the signal, the turning earth and all clocks, apart from the engine. The atmosphere is the engine's own, of the
-// model asked for, so that a solution with the same model has nothing left to explain but noise.
+// Codes and phases are formed from the positions of satellites and antennas in extended precision,
+// with the travel time of the signal, the turning earth and all clocks, apart from the engine. The
+// atmosphere is the engine's own, of the model asked for, so that a solution with the same model
+// has nothing left to explain but noise.
 //
 // All signals of a satellite leave it at the moment that its first code tells.
 //
@@ -26,8 +28,8 @@ namespace vornel::simulation {
 
 enum Receiver { kRover, kBase };
 
-// The troposphere that delays the signals: none, that of the run's stages up to the float solution (the model of the
-// configuration), or that of the fixed solution.
+// The troposphere that delays the signals: none, that of the run's stages up to the float solution
+// (the model of the configuration), or that of the fixed solution.
 enum class Troposphere { kNone, kOfFloat, kOfFixed };
 
 struct Antenna {
@@ -49,7 +51,8 @@ struct Slip {
     double cycles[2];  // by signal
 };
 
-// A satellite is not received from one epoch to another, both included. signal 0 or 1: on that signal alone; -1: on both.
+// A satellite is not received from one epoch to another, both included. signal 0 or 1: on that
+// signal alone; -1: on both.
 struct Gap {
     Receiver receiver;
     int satellite;
@@ -71,7 +74,8 @@ struct Scenario {
     Antenna roverAntenna, baseAntenna;
     ReceiverClock roverClock{3.1e-5, 2e-10}, baseClock{-1.2e-5, -1e-10};
 
-    // GPS, GLONASS, BDS, Galileo: how many satellites are received, those that stay highest; -1: all above the horizon.
+    // GPS, GLONASS, BDS, Galileo: how many satellites are received, those that stay highest; -1:
+    // all above the horizon.
     int satellites[4] = {7, 6, 7, 7};
     double horizon = 0.2;  // rad: lower satellites are not received
 
@@ -112,11 +116,13 @@ struct Session {
     XYZPosition roverApproximate;
     std::vector<SessionEpoch> epochs;
 
-    // Rover minus base ambiguity of a satellite's signal (0 or 1) at an epoch, slips included, cycles.
+    // Rover minus base ambiguity of a satellite's signal (0 or 1) at an epoch, slips included,
+    // cycles.
     double SingleDifferenceAmbiguity(int satellite, int signal, int epoch) const;
 };
 
-// Sets the process-wide ionosphere and surface weather to those of the scenario, whose models then make the data.
+// Sets the process-wide ionosphere and surface weather to those of the scenario, whose models then
+// make the data.
 Session Simulate(const Scenario& scenario);
 
 // Carrier frequency of signal 0 or 1, Hz, from the interface documents.

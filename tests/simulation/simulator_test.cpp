@@ -97,8 +97,8 @@ double WidestSpread(const Session& session) {
     return widest;
 }
 
-// The rover's position is known at input, since the turn of the earth during the travel of the signal is settled
-// there: a position off by 3 m leaves 3 micrometres.
+// The rover's position is known at input, since the turn of the earth during the travel of the
+// signal is settled there: a position off by 3 m leaves 3 micrometres.
 Scenario Noiseless() {
     Scenario scenario;
     std::fill(scenario.roverError, scenario.roverError + 3, 0.0);
