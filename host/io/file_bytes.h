@@ -15,7 +15,8 @@ inline constexpr std::uint64_t kMaximumUnpackedBytes = 4ULL
                                                        << 30;  // all members of a file together
 inline constexpr std::uint64_t kMaximumExpansion = 2000;       // unpacked over packed, above 64 MB
 inline constexpr std::size_t kMaximumArchiveMembers = 1000;
-inline constexpr int kMaximumPackingDepth = 3;  // archives in archives; a .gz within a .zip is depth 2
+inline constexpr int kMaximumPackingDepth =
+    3;  // archives in archives; a .gz within a .zip is depth 2
 
 struct FileBytes {
     std::string name;     // for messages: the path, and for an archive "path(member)"

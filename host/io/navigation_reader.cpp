@@ -9,6 +9,7 @@
 
 #include "io/file_kind.h"
 #include "io/navigation.h"
+#include "io/rinex_version.h"
 #include "io/text_fields.h"
 
 namespace vornel::io {
@@ -117,23 +118,7 @@ class NavigationReader {
             cursor_.Refuse(InputFault::kWrongKind, "it is no RINEX navigation file",
                            "give a RINEX navigation file");
         }
-        const std::string_view text = Trim(Field(line, 0, 20));
-        const auto version = ParseReal(text);
-        if (!version) {
-            cursor_.Refuse(InputFault::kMalformed,
-                           "the version " + Quote(text) + " is not a number");
-        }
-        const int hundredths =
-            *version > 0.0 && *version < 100.0 ? static_cast<int>(*version * 100.0 + 0.5) : 0;
-        const bool isRead = (hundredths >= 200 && hundredths <= 212) ||
-                            (hundredths >= 300 && hundredths <= 305) ||
-                            (hundredths >= 400 && hundredths <= 402);
-        if (!isRead) {
-            cursor_.Refuse(InputFault::kUnsupportedVersion,
-                           "RINEX version " + std::string(text) + " is not read",
-                           "versions 2.00 to 2.12, 3.00 to 3.05 and 4.00 to 4.02 are");
-        }
-        data_.version = *version;
+        data_.version = ReadRinexVersion(cursor_);
         fileSystem_ = SystemOfFile(line);
     }
 

@@ -116,6 +116,17 @@ ObservationBuilder::ObservationBuilder(const std::string& name,
     data_.file = name;
 }
 
+void ObservationBuilder::Reserve(std::size_t textSize) {
+    if (selection_.start || selection_.end || selection_.interval > 0.0) {
+        return;
+    }
+    constexpr std::size_t kCharactersPerValue = 16;
+    const std::size_t values = std::min(textSize / kCharactersPerValue, kMaximumValues);
+    data_.values.reserve(values);
+    data_.lossOfLock.reserve(values);
+    data_.signalStrength.reserve(values);
+}
+
 void ObservationBuilder::UseHeader(const ObservationHeader& header, const LineCursor& cursor) {
     header_ = &header;
     station_ = AddIfChanged(data_.stations, header.station(), std::equal_to<>(), cursor);

@@ -40,6 +40,10 @@ class ObservationBuilder {
   public:
     ObservationBuilder(const std::string& name, const ObservationSelection& selection);
 
+    // Room for the observations of a text of that many characters, if all of it is kept. Memory that
+    // is never filled is never taken from the machine.
+    void Reserve(std::size_t textSize);
+
     // The header in force from here on. To be called after the header and after each event.
     void UseHeader(const ObservationHeader& header, const LineCursor& cursor);
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "io/observation_codes.h"
+#include "io/rinex_version.h"
 
 namespace vornel::io {
 namespace {
@@ -61,12 +62,6 @@ TimeSystem TimeSystemOf(char systemLetter) {
     }
 }
 
-bool IsReadVersion(double version) {
-    const int hundredths = static_cast<int>(version * 100.0 + 0.5);
-    return (hundredths >= 200 && hundredths <= 212) || (hundredths >= 300 && hundredths <= 305) ||
-           (hundredths >= 400 && hundredths <= 402);
-}
-
 // A label of letters, as all labels of the formats are; data that run into the label columns have
 // digits and blanks there.
 bool LooksLikeLabel(std::string_view label) {
@@ -95,21 +90,11 @@ void ObservationHeader::ReadVersion(const LineCursor& cursor) {
         cursor.Refuse(InputFault::kWrongKind, "the first line is not RINEX VERSION / TYPE",
                       "give a RINEX observation file");
     }
-    const auto version = ParseReal(Field(line, 0, 20));
-    if (!version) {
-        cursor.Refuse(InputFault::kMalformed,
-                      "the version " + Quote(Trim(Field(line, 0, 20))) + " is not a number");
-    }
-    if (!IsReadVersion(*version)) {
-        cursor.Refuse(InputFault::kUnsupportedVersion,
-                      "RINEX version " + std::string(Trim(Field(line, 0, 20))) + " is not read",
-                      "versions 2.00 to 2.12, 3.00 to 3.05 and 4.00 to 4.02 are");
-    }
+    version_ = ReadRinexVersion(cursor);
     const std::string_view type = Field(line, 20, 1);
     if (type != "O" && type != "o") {
         cursor.Refuse(InputFault::kWrongKind, "it is not an observation file");
     }
-    version_ = *version;
     const std::string_view systemField = Field(line, 40, 1);
     const char letter = systemField.empty() ? ' ' : systemField.front();
     const auto system = SystemOfLetter(letter);

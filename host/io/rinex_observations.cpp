@@ -62,7 +62,9 @@ class RinexReader {
   public:
     RinexReader(std::string_view bytes, const std::string& name,
                 const ObservationSelection& selection)
-        : cursor_(bytes, name), builder_(name, selection) {}
+        : cursor_(bytes, name), builder_(name, selection) {
+        builder_.Reserve(bytes.size());
+    }
 
     Observations Read() {
         header_.ReadAll(cursor_);
