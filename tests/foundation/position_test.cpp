@@ -96,8 +96,8 @@ TEST(Geodetic, AgreesWithTheForwardFormulaToAMillimetre) {
 }
 
 TEST(Geodetic, IteratesToTheLimitAndNoFurther) {
-    // The iteration in its plainest form, ended by a step of 1e-11 rad. One round more or less shows at
-    // low latitudes, where a round takes off hardly more than two digits.
+    // The iteration in its plainest form, ended by a step of 1e-11 rad. One round more or less
+    // shows at low latitudes, where a round takes off hardly more than two digits.
     for (const double latitude : kLatitudes) {
         const XYZPosition point = ToXYZ(latitude * kDegree, 0.3, 300.0);
         const double p = std::sqrt(point.X * point.X + point.Y * point.Y);

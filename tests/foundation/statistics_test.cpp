@@ -333,8 +333,8 @@ TEST(StudentQuantile, IsOddAboutTheMedian) {
 }
 
 TEST(StudentQuantile, StartsFromTheWidenedNormalQuantile) {
-    // Newton's steps on the closed distribution functions, ended as soon as one is below 0.001: what
-    // the last step leaves depends on the start, and shows far above the tolerance.
+    // Newton's steps on the closed distribution functions, ended as soon as one is below 0.001.
+    // What the last step leaves depends on the start, and shows far above the tolerance.
     for (const int n : {3, 4, 5}) {
         for (const double p : {0.7, 0.95, 0.99}) {
             double t = std::sqrt(n / (n - 2.0)) * NormalQuantile(p);
