@@ -31,6 +31,16 @@ void AmbRstInfo::ResetStatistics() {
     rejected1 = rejected2 = 0;
 }
 
+AmbRstInfo TrackOf(const AmbRstInfo& source) {
+    AmbRstInfo track;
+    track.sat = source.sat;
+    track.firstEpoch = source.firstEpoch;
+    track.lastEpoch = source.lastEpoch;
+    track.firstTime = source.firstTime;
+    track.lastTime = source.lastTime;
+    return track;
+}
+
 bool SameTrack(const AmbRstInfo& left, const AmbRstInfo& right) {
     return left.sat == right.sat && left.firstEpoch == right.firstEpoch &&
            left.lastEpoch == right.lastEpoch;

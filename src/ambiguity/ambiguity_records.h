@@ -50,6 +50,9 @@ class AmbRstInfo {
     void ResetStatistics();
 };
 
+// A new record of the same track: satellite, stretch and times.
+AmbRstInfo TrackOf(const AmbRstInfo& source);
+
 // Same satellite, same stretch.
 bool SameTrack(const AmbRstInfo& left, const AmbRstInfo& right);
 

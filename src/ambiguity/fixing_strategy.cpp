@@ -9,6 +9,7 @@
 #include "ambiguity/lambda.h"
 #include "ambiguity/period_fixing.h"
 #include "estimation/double_difference.h"
+#include "foundation/index.h"
 #include "foundation/trace.h"
 #include "frame/static_solve.h"
 
@@ -22,13 +23,6 @@ constexpr double kMaxRatio = 99.0;
 constexpr double kFarFromInteger = 0.35;  // cycles
 constexpr double kBlunder = 2.35;         // cycles
 constexpr double kNothingToSearch = 0.001;
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
 
 // The ambiguities of a session that are still to be fixed, and their covariance: value1 of all
 // tracks, then in model 3 value2 of all tracks.
@@ -155,12 +149,7 @@ void File(int mode, const RoundResult& result, SolveResultFixed& out) {
     const std::size_t count = result.tracks.size();
     for (std::size_t i = 0; i < count; ++i) {
         const AmbRstInfo& track = result.tracks[i];
-        AmbRstInfo fixed;
-        fixed.sat = track.sat;
-        fixed.firstEpoch = track.firstEpoch;
-        fixed.lastEpoch = track.lastEpoch;
-        fixed.firstTime = track.firstTime;
-        fixed.lastTime = track.lastTime;
+        AmbRstInfo fixed = TrackOf(track);
         fixed.value1 = result.integers[i];
         if (mode == 3) {
             fixed.value2 = result.integers[count + i];
@@ -170,7 +159,8 @@ void File(int mode, const RoundResult& result, SolveResultFixed& out) {
 }
 
 // Rounds of search on a shrinking set, until the ratio passes or too few tracks are left; the first
-// round's result when none passes. 0 when the best sum of squares is exactly 0.
+// round's result when none passes; with reservedMode 0 there is one round. 0 when the best sum of
+// squares is exactly 0.
 int FixByShrinking(const SolveConfig& config, AmbiguitySet set, const ShrinkRules& rules,
                    SolveResultFixed& out) {
     RoundResult first, last;
@@ -201,6 +191,7 @@ int FixByShrinking(const SolveConfig& config, AmbiguitySet set, const ShrinkRule
         }
         ++round;
         const std::set<int> marks = MarkedTracks(set, a, pair, rules.markFarFromInteger);
+        // Equal best and second, all near integers: another round would change nothing.
         if (marks.empty()) {
             break;
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "foundation/index.h"
 #include "foundation/statistics.h"
 
 namespace vornel {
@@ -14,13 +15,6 @@ namespace {
 constexpr double kConfidence = 0.995;
 constexpr double kMinHalfWidth = 1.2;  // cycles
 constexpr double kNoScore = 100000000.0;
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
 
 class Search {
   public:
@@ -140,6 +134,9 @@ class Search {
 }  // namespace
 
 IntegerPair SearchIntegers(matrixT a, matrixT Q, int dof, EpochEquations& equations) {
+    if (dof < 1 || a.RowCount() == 0) {
+        return IntegerPair();
+    }
     return Search(a, Q, dof, equations).Run();
 }
 

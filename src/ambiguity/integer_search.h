@@ -22,7 +22,7 @@ struct IntegerPair {
 };
 
 // a: float ambiguities (cycles), n by 1. Q: their covariance. dof: of the float solution, for the
-// width of the search.
+// width of the search; below 1 nothing is evaluated.
 IntegerPair SearchIntegers(gult::matrixT a, gult::matrixT Q, int dof, EpochEquations& equations);
 
 }  // namespace vornel

@@ -12,7 +12,8 @@ namespace vornel {
 bool LambdaSearch(int n, int m, const double* a, const double* Q, double* F, double* s);
 
 // The same on matrices, with a scale: an ambiguity more than 0.3 cycle from an integer is searched
-// on half cycles. a: n by 1, Q: n by n, F: out, n by m; s: out, 1 by m, in the scaled metric.
+// on half cycles. a: n by 1, Q: n by n, F, n by m, and s, 1 by m in the
+// scaled metric, are filled.
 // Outputs are to be read only on true.
 bool ScaledLambda(int n, int m, gult::matrixT a, gult::matrixT Q, gult::matrixT& F,
                   gult::matrixT& s);

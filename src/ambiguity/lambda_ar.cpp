@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "ambiguity/lambda.h"
+#include "foundation/index.h"
 #include "foundation/statistics.h"
 #include "foundation/trace.h"
 
@@ -22,10 +23,6 @@ constexpr double kSurePass = 2.0;
 // An elimination trial above this ratio is kept even where it does not pass.
 constexpr double kWorthKeeping = 1.8;
 constexpr int kSmallestSubset = 4;
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
 
 double RatioOf(matrixT& s) {
     return s(0, 1) / (s(0, 0) + 1e-12);

@@ -60,7 +60,8 @@ class LambdaAR {
                                   gult::matrixT x, gult::matrixT& xOut, gult::matrixT& QOut);
 };
 
-// Grade of a ratio at or above its threshold, for a set of nFixed out of nb ambiguities.
+// Grade of a set of nFixed out of nb ambiguities: 0 for a ratio below its threshold or not a
+// number, else 1 to 3.
 int GradeOfFix(double ratio, double ratioThreshold, int nFixed, int nb);
 
 }  // namespace vornel

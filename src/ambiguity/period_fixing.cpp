@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <stdexcept>
 
+#include "foundation/index.h"
 #include "foundation/trace.h"
 
 namespace vornel {
@@ -12,23 +12,9 @@ using gult::matrixT;
 
 namespace {
 
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
-
-// A heading of the form "name(%d):" and the matrix under it.
-void TraceNamed(const char* format, int number, const matrixT& matrix) {
-#if defined(__GNUC__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-#endif
-    TraceWrite(5, format, number);
-#if defined(__GNUC__)
-#pragma GCC diagnostic pop
-#endif
+// A heading "name(number):" and the matrix under it.
+void TraceNamed(const char* name, int number, const matrixT& matrix) {
+    TraceWrite(5, "%s(%d):\n", name, number);
     TraceMatrix(5, matrix, 13, 4);
 }
 
@@ -70,7 +56,7 @@ const PeriodFixRecord& PeriodFixing::RecordOf(int period) const {
             return record;
         }
     }
-    throw std::out_of_range("PeriodFixing: no record of the period");
+    throw gult::matrix_error("PeriodFixing: no record of the period");
 }
 
 void PeriodFixing::GetPeriodXbIWithSubXaIConstraint(int fixedCount, const int* fixedPeriods,
@@ -90,28 +76,28 @@ void PeriodFixing::GetPeriodXbIWithSubXaIConstraint(int fixedCount, const int* f
         const PeriodFixRecord& fixedRecord = RecordOf(fixedPeriods[i]);
         matrixT xaI = fixedRecord.lambda.xFixed;
         matrixT QaI = fixedRecord.lambda.QxxFixed;
-        TraceNamed("xaI(%d):\n", i, xaI);
-        TraceNamed("QaI(%d):\n", i, QaI);
+        TraceNamed("xaI", i, xaI);
+        TraceNamed("QaI", i, QaI);
         matrixT eqNa = !QaI;
         matrixT eqWa = eqNa * (xaI - xc0);
-        TraceNamed("eq_Na(%d):\n", i, eqNa);
-        TraceNamed("eq_Wa(%d):\n", i, eqWa);
+        TraceNamed("eq_Na", i, eqNa);
+        TraceNamed("eq_Wa", i, eqWa);
         for (int row = 0; row < nc; ++row) {
             eqW(Index(row), 0) += eqWa(Index(row), 0);
             for (int column = 0; column < nc; ++column) {
                 eqN(Index(row), Index(column)) += eqNa(Index(row), Index(column));
             }
         }
-        TraceNamed("eq_N(%d):\n", i, eqN);
-        TraceNamed("eq_W(%d):\n", i, eqW);
+        TraceNamed("eq_N", i, eqN);
+        TraceNamed("eq_W", i, eqW);
     }
     const matrixT Qf = !eqN;
     const matrixT dxf = Qf * eqW;
     const matrixT xf = xf0 + dxf;
-    TraceNamed("xf0(%d):\n", b, xf0);
-    TraceNamed("dxf(%d):\n", b, dxf);
-    TraceNamed("xf (%d):\n", b, xf);
-    TraceNamed("Qf (%d):\n", b, Qf);
+    TraceNamed("xf0", b, xf0);
+    TraceNamed("dxf", b, dxf);
+    TraceNamed("xf ", b, xf);
+    TraceNamed("Qf ", b, Qf);
 
     LambdaAR lambda(ratioThreshold, nc, equations.tables.ambCount[Slot(b)], xf, Qf,
                     RecordOf(b).lambda.ambRecords);
@@ -135,12 +121,7 @@ void PeriodFixing::Collect() {
                 continue;
             }
             const AmbRstInfo& source = lambda.ambRecords.at(Slot(i));
-            AmbRstInfo fixed;
-            fixed.sat = source.sat;
-            fixed.firstEpoch = source.firstEpoch;
-            fixed.lastEpoch = source.lastEpoch;
-            fixed.firstTime = source.firstTime;
-            fixed.lastTime = source.lastTime;
+            AmbRstInfo fixed = TrackOf(source);
             fixed.value1 = lambda.ambFixed(Index(i), 0);
             if (model == 3) {
                 fixed.value2 = lambda.ambFixed(Index(second), 0);

@@ -12,7 +12,7 @@ using gult::matrixT;
 
 namespace {
 
-constexpr double kBiasStd = 0.0025;  // the bias is held to its expectation with this
+constexpr double kBiasStd = 0.0025;  // divides the weight of the bias's expectation once
 constexpr double kExpectedBias = 1e-06;
 constexpr double kMinScale = 0.003;  // metres
 constexpr double kMaxScale = 0.6;
@@ -28,6 +28,15 @@ BlockOfTrack BlockOf(AmbRstInfo& ambiguity, int block) {
 
 int CommonParameterCount(int mode, int hasGlonass) {
     return 3 + BlockCount(mode) * hasGlonass;
+}
+
+bool DropUnusedBias(StaticSolve& solver, int biasRows, double bias[2]) {
+    if (solver.hasGlonass != 1 || biasRows != 0) {
+        return false;
+    }
+    solver.hasGlonass = 0;
+    bias[0] = bias[1] = 0.0;
+    return true;
 }
 
 void AddBiasConstraint(matrixT& N, matrixT& W, matrixT& Wu, int block, double B, double sigmaDd) {

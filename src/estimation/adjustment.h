@@ -9,7 +9,7 @@ namespace vornel {
 
 inline constexpr int kMaxPasses = 10;
 inline constexpr double kFullWeightLimit = 3.0;  // residual scales: full weight up to here
-inline constexpr double kUnusableRow = 99999.0;  // metres: a misclosure that no weight lets pass
+inline constexpr double kUnusableRow = 99999.0;  // metres: a misclosure that gets weight 0
 
 // The fields of an ambiguity that belong to one frequency block.
 struct BlockOfTrack {
@@ -25,6 +25,10 @@ int CommonParameterCount(int mode, int hasGlonass);
 inline std::uint32_t BiasColumn(int block) {
     return static_cast<std::uint32_t>(3 + block);
 }
+
+// Without a row that carries the bias it is no parameter any more, for the rest of the run, and
+// takes no part in the misclosures. biasRows: such rows of the pass. True when it was dropped now.
+bool DropUnusedBias(StaticSolve& solver, int biasRows, double bias[2]);
 
 // Keeps a bias of value B near zero: adds its row to N, W and the unweighted right-hand side Wu.
 void AddBiasConstraint(gult::matrixT& N, gult::matrixT& W, gult::matrixT& Wu, int block, double B,

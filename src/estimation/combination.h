@@ -1,8 +1,8 @@
 // The phase combination of each solve model, and what follows from it.
 //
 // A combination is a phi1 + b phi2 of the two phases in cycles. With frequencies f1, f2 its
-// wavelength is c / (a f1 + b f2), and the ionosphere delays it, in metres, by g times the delay on
-// GPS L1. In model 6, the ionosphere-free combination with held wide lanes Nw = N1 - N2, the
+// wavelength is c / (a f1 + b f2), and the ionosphere advances it, in metres, by g times the delay
+// on GPS L1. In model 6, the ionosphere-free combination with held wide lanes Nw = N1 - N2, the
 // ambiguity splits as a N1 + b N2 = k N + w Nw, so that N is an integer.
 #pragma once
 

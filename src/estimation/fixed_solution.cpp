@@ -10,6 +10,7 @@
 #include "estimation/adjustment.h"
 #include "estimation/double_difference.h"
 #include "estimation/sparse_equations.h"
+#include "foundation/index.h"
 #include "foundation/statistics.h"
 #include "frame/static_solve.h"
 
@@ -23,13 +24,6 @@ constexpr double kConverged = 0.001;  // metres
 constexpr double kStartScale = 5.0;   // metres
 constexpr double kGlonassWeight = 0.25;
 constexpr double kNoRows = -99.99;  // rms of a track without rows
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
 
 class FixedSolution {
   public:
@@ -64,11 +58,11 @@ class FixedSolution {
                 AccumulateEpoch(e);
             }
             SumsToRms();
-            if (DropUnusedBias()) {
+            if (DropUnusedBias(solver_, biasRows_, bias_)) {
                 continue;
             }
             AddConstraints();
-            // At least two solves: the first scale lets everything pass.
+            // The first scale lets everything pass, so the first pass never ends the loop.
             if (SolveAndUpdate() < kConverged && pass >= 1) {
                 break;
             }
@@ -270,14 +264,6 @@ class FixedSolution {
                     track.rows >= 1 ? std::sqrt(track.sumSquares / track.rows) : kNoRows;
             }
         }
-    }
-
-    bool DropUnusedBias() {
-        if (solver_.hasGlonass == 1 && biasRows_ == 0) {
-            solver_.hasGlonass = 0;
-            return true;
-        }
-        return false;
     }
 
     void AddConstraints() {

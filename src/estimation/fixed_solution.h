@@ -8,7 +8,7 @@
 
 namespace vornel {
 
-// A variance that takes a row out, where nothing is known of it.
+// Fills the covariance for a row that takes no part, so that it can be inverted.
 inline constexpr double kUnknownVariance = 9999.0;
 
 // A-priori variance, m^2, of a satellite's part in a double difference: constant, with elevation

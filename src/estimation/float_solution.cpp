@@ -12,6 +12,7 @@
 #include "estimation/adjustment.h"
 #include "estimation/double_difference.h"
 #include "estimation/sparse_equations.h"
+#include "foundation/index.h"
 #include "foundation/statistics.h"
 #include "foundation/trace.h"
 #include "frame/static_solve.h"
@@ -28,13 +29,6 @@ constexpr int kFewestRows = 6;             // of a track, whatever minEpochs say
 constexpr double kMaxTrackRms = 0.5;       // metres
 constexpr double kStartScaleFactor = 5.0;  // times the rms of the triple-difference solution
 constexpr double kMinStartRms = 0.006;     // metres
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
 
 // Where a track's parameters stand in its period.
 struct LocalPlace {
@@ -73,7 +67,7 @@ class FloatSolution {
             for (int e = 0; e < static_cast<int>(solver_.epochs.size()); ++e) {
                 AccumulateEpoch(e);
             }
-            if (ScreenTracks() || DropUnusedBias()) {
+            if (ScreenTracks() || DropUnusedBias(solver_, biasRows_, bias_)) {
                 continue;
             }
             TakeUpEquations();
@@ -267,15 +261,6 @@ class FloatSolution {
             return track.rms1 > kMaxTrackRms || track.rms2 > kMaxTrackRms;
         });
         return ambiguities_.size() != before;
-    }
-
-    // Without a row that carries the bias it is no parameter any more, for the rest of the run.
-    bool DropUnusedBias() {
-        if (solver_.hasGlonass == 1 && biasRows_ == 0) {
-            solver_.hasGlonass = 0;
-            return true;
-        }
-        return false;
     }
 
     // The accumulated equations as matrices.

@@ -1,17 +1,12 @@
 #include "estimation/period_equations.h"
 
+#include "foundation/index.h"
+
 namespace vornel {
 
 using gult::matrixT;
 
 namespace {
-
-std::uint32_t Index(int i) {
-    return static_cast<std::uint32_t>(i);
-}
-std::size_t Slot(int i) {
-    return static_cast<std::size_t>(i);
-}
 
 // Copies `block` into `target` with its first element at (row, column).
 void PutBlock(matrixT& target, matrixT block, std::uint32_t row, std::uint32_t column) {
@@ -153,7 +148,10 @@ std::vector<AmbRstInfo> PeriodEquations::AmbiguitiesOfPeriod(int p) const {
     std::vector<AmbRstInfo> list;
     for (int i = 0; i < count; ++i) {
         const int position = tables.ambList[Slot(p) * Slot(maxAmbiguities) + Slot(i)];
-        list.push_back(ambiguities.at(Slot(position)));
+        if (position >= static_cast<int>(ambiguities.size())) {
+            throw gult::matrix_error("PeriodEquations: no record of an ambiguity");
+        }
+        list.push_back(ambiguities[Slot(position)]);
     }
     return list;
 }

@@ -76,7 +76,7 @@ int StaticSolve::CutPeriods() {
     }
 
     // A short tail joins the last period; a first period stands however short it is.
-    const int threshold = periods.empty() ? config.minEpochs : 5 * config.minEpochs;
+    const double threshold = periods.empty() ? config.minEpochs : 5.0 * config.minEpochs;
     if (count > 0) {
         if (count < threshold && !periods.empty()) {
             extendTo(periods.back(), lastIndex, count);

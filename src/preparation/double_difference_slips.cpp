@@ -119,7 +119,8 @@ class DoubleDifferenceSlipRepair {
         }
     }
 
-    // The settled satellites' tolerances; true when all have settled.
+    // Files the segments, and takes those of satellites whose tolerance has not settled away again:
+    // the next sweep makes them anew. True when all have settled.
     bool EndSweep() {
         CloseSegments();
         SortAmbiguities(solver_.ambiguityParas);
@@ -157,6 +158,11 @@ class DoubleDifferenceSlipRepair {
         return epoch.phase[sat - 1][f] - computed.WithAntenna() / signal.wavelength;
     }
 
+    // Of a satellite against its system's reference at this epoch, cycles.
+    double DoubleDiffCycles(int sat, int system, int f) {
+        return CyclesOf(sat, f) - referenceCycles_[system][f];
+    }
+
     // Evaluates the references that the epoch holds. A system without its reference gets no test,
     // and its satellites count the epoch as good. False when no system can be tested.
     bool TakeUpReferences(const StaticPeriod& period) {
@@ -190,15 +196,15 @@ class DoubleDifferenceSlipRepair {
         if (since == 0.0) {
             return;
         }
+        Change now;
+        if (!FormChanges(sat, system, now)) {
+            return;
+        }
         int gap = 0;
         if (since > 1.0) {
             gap = TruncateToInt(since);
             state.badCount += gap;
             state.goodCount = 0;
-        }
-        Change now;
-        if (!FormChanges(sat, system, now)) {
-            return;
         }
         const double limit = std::min(ToleranceOf(sat).tolerance, solver_.config.slipTestCap);
         if (std::fabs(now.change[0]) <= limit && std::fabs(now.change[1]) <= limit) {
@@ -235,7 +241,7 @@ class DoubleDifferenceSlipRepair {
             if (!inUse_[f] || !hasBand[f]) {
                 continue;
             }
-            now.doubleDifference[f] = CyclesOf(sat, f) - referenceCycles_[system][f];
+            now.doubleDifference[f] = DoubleDiffCycles(sat, system, f);
             if (state.previous[f].epochIndex >= 0.0) {
                 now.change[f] = now.doubleDifference[f] - state.previous[f].value;
             }

@@ -69,7 +69,7 @@ double RobustAmbiguity(std::vector<double> values, int minEpochs) {
                       return std::fabs(value - mean) > kOutlierLimit * deviation;
                   }) > 0;
     }
-    return static_cast<int>(values.size()) >= minEpochs - 1 ? RoundHalfAway(mean) : 0.0;
+    return static_cast<double>(values.size()) >= minEpochs - 1.0 ? RoundHalfAway(mean) : 0.0;
 }
 
 bool LiesWithin(const AmbiguityPara& para, const StaticPeriod& period) {
@@ -107,7 +107,7 @@ void CutByArcs(const AmbiguityPara& para, const std::vector<AmbiguityPara>& arcs
         }
         const int low = std::max(arc.firstEpoch, para.firstEpoch);
         const int high = std::min(arc.lastEpoch, para.lastEpoch);
-        if (high - low >= minEpochs - 1) {
+        if (high - low >= minEpochs - 1.0) {
             AmbiguityPara part(para.sat, low, high);
             part.refAmbF1 = arc.refAmbF1;
             part.refAmbF2 = arc.refAmbF2;
