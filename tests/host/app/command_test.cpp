@@ -50,13 +50,14 @@ TEST_F(Command, ManualAndCompletionKnowEveryOption) {
     for (const session::SettingSpec& spec : session::AllSettings()) {
         options.emplace_back(spec.name);
     }
-    for (const std::string& option : options) {
+    for (const std::string& name : options) {
+        const std::string option = std::string("--").append(name);
         std::string inManual;
-        for (const char letter : "--" + option) {
+        for (const char letter : option) {
             inManual += letter == '-' ? std::string("\\-") : std::string(1, letter);
         }
         EXPECT_THAT(manual, HasSubstr(inManual)) << option;
-        EXPECT_THAT(completion, HasSubstr("--" + option + " ")) << option;
+        EXPECT_THAT(completion, HasSubstr(option + " ")) << option;
     }
     for (const ExitCodeEntry& entry : AllExitCodes()) {
         EXPECT_THAT(manual, HasSubstr("\n.B " + std::to_string(static_cast<int>(entry.code)) +
