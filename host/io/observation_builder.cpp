@@ -10,14 +10,20 @@ namespace {
 
 constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
+[[noreturn]] void RefuseChanges(const LineCursor& cursor) {
+    cursor.Refuse(InputFault::kTooLarge,
+                  "the header changes more than " + std::to_string(kMaximumHeaderChanges) +
+                      " times within the file",
+                  "cut the file into pieces");
+}
+
 // Adds `item` to `list` unless it equals the last one, and answers the place of it.
 template <typename Item, typename Same>
 std::size_t AddIfChanged(std::vector<Item>& list, const Item& item, Same same,
                          const LineCursor& cursor) {
     if (list.empty() || !same(list.back(), item)) {
         if (list.size() >= kMaximumHeaderChanges) {
-            cursor.Refuse(InputFault::kTooLarge, "the header changes too often within the file",
-                          "cut the file into pieces");
+            RefuseChanges(cursor);
         }
         list.push_back(item);
     }
@@ -130,6 +136,13 @@ void ObservationBuilder::Reserve(std::size_t textSize) {
 void ObservationBuilder::UseHeader(const ObservationHeader& header, const LineCursor& cursor) {
     header_ = &header;
     station_ = AddIfChanged(data_.stations, header.station(), std::equal_to<>(), cursor);
+    if (layoutsMade_ > 0 && layoutChange_ == header.layoutChanges()) {
+        return;
+    }
+    layoutChange_ = header.layoutChanges();
+    if (++layoutsMade_ > kMaximumHeaderChanges) {
+        RefuseChanges(cursor);
+    }
     const SignalTable signals = header.MakeSignals(selection_.types);
     signalTable_ = AddIfChanged(data_.signalTables, signals, SameSignals, cursor);
     allPlans_ = header.MakePlans(signals);

@@ -97,6 +97,8 @@ class ObservationBuilder {
     ColumnPlans allPlans_;
     const std::vector<ColumnPlan>* plans_ = nullptr;  // of the row
     const ObservationHeader* header_ = nullptr;
+    std::size_t layoutChange_ = 0;  // of the header, that the plans are made for
+    std::size_t layoutsMade_ = 0;
     std::size_t signalTable_ = 0;
     std::size_t station_ = 0;
     bool moving_ = false;

@@ -246,6 +246,7 @@ void ObservationHeader::ReadTypes3(const LineCursor& cursor) {
 }
 
 void ObservationHeader::AppendTypes(const LineCursor& cursor, TypeList& list) {
+    ++layoutChanges_;
     const std::size_t width = isVersion2() ? 2 : 3;
     for (const std::string_view word : Words(Field(cursor.line().substr(0, 60), 6, 54))) {
         if (word.size() != width) {
@@ -283,18 +284,23 @@ void ObservationHeader::ReadScaleFactor(const LineCursor& cursor) {
         if (!system || !factor || *factor < 1 || *factor > 9999) {
             cursor.RefuseField("a scale factor needs a satellite system and a whole number");
         }
-        const int count = ParseInteger(Field(line, 8, 2)).value_or(0);
         scaleSystem_ = *system;
-        scales_[static_cast<std::size_t>(*system)].push_back(
-            {static_cast<double>(*factor), count <= 0, count, {}});
-    }
-    auto& scales = scales_[static_cast<std::size_t>(scaleSystem_)];
-    if (scales.empty() || scales.size() > static_cast<std::size_t>(kMaximumTypes)) {
+        scaleFactor_ = static_cast<double>(*factor);
+        if (ParseInteger(Field(line, 8, 2)).value_or(0) <= 0) {
+            scales_[static_cast<std::size_t>(*system)] = {scaleFactor_, {}};
+        }
+    } else if (scaleFactor_ == 0.0) {
         cursor.RefuseField("scale factors continue that have not begun");
     }
+    auto& named = scales_[static_cast<std::size_t>(scaleSystem_)].ofNamed;
     for (const std::string_view word : Words(Field(line, 10, 50))) {
-        scales.back().names.emplace_back(word);
+        named[std::string(word)] = scaleFactor_;
     }
+    if (named.size() > static_cast<std::size_t>(kMaximumTypes)) {
+        cursor.RefuseField("scale factors of more than " + std::to_string(kMaximumTypes) +
+                           " types");
+    }
+    ++layoutChanges_;
 }
 
 void ObservationHeader::ReadWavelengthFactor(const LineCursor& cursor) {
@@ -424,13 +430,9 @@ std::optional<ObservationCode> ObservationHeader::CodeOf(const std::string& name
 }
 
 double ObservationHeader::DivisorOf(const std::string& name, GnssSystem system) const {
-    double divisor = 1.0;
-    for (const ScaleFactor& scale : scales_[static_cast<std::size_t>(system)]) {
-        const bool named =
-            std::find(scale.names.begin(), scale.names.end(), name) != scale.names.end();
-        divisor = scale.all || named ? scale.factor : divisor;
-    }
-    return divisor;
+    const ScaleFactors& scales = scales_[static_cast<std::size_t>(system)];
+    const auto found = scales.ofNamed.find(name);
+    return found == scales.ofNamed.end() ? scales.ofOthers : found->second;
 }
 
 SignalTable ObservationHeader::MakeSignals(const std::string& types) const {

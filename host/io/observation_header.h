@@ -44,6 +44,9 @@ class ObservationHeader {
     SignalTable MakeSignals(const std::string& types) const;
     ColumnPlans MakePlans(const SignalTable& signals) const;
 
+    // Grows whenever the columns of the file or their meaning may have changed.
+    std::size_t layoutChanges() const { return layoutChanges_; }
+
     bool isVersion2() const { return version_ < 3.0; }
     double version() const { return version_; }
     GnssSystem blankSystem() const { return blankSystem_; }
@@ -83,17 +86,18 @@ class ObservationHeader {
     std::array<TypeList, kSystemCount> types3_;
     GnssSystem typesSystem_ = GnssSystem::kGps;  // that continuation lines belong to
     bool typesBegun_ = false;
-    struct ScaleFactor {
-        double factor = 1.0;
-        bool all = false;
-        int announced = 0;
-        std::vector<std::string> names;
+    // Factors of the types that the records name, and of all others.
+    struct ScaleFactors {
+        double ofOthers = 1.0;
+        std::map<std::string, double> ofNamed;
     };
-    std::array<std::vector<ScaleFactor>, kSystemCount> scales_;
+    std::array<ScaleFactors, kSystemCount> scales_;
+    double scaleFactor_ = 0.0;  // that continuation lines belong to; 0 before the first
     GnssSystem scaleSystem_ = GnssSystem::kGps;
     std::map<std::pair<SatelliteId, char>, bool>
         halfCycles_;  // number 0 is the default of a system
     std::vector<InputNote> notes_;
+    std::size_t layoutChanges_ = 0;
 };
 
 }  // namespace vornel::io

@@ -140,6 +140,26 @@ TEST(ObservationEvents, CommentsInMidFileChangeNothing) {
     EXPECT_EQ(data.epochs.size(), 2U);
 }
 
+TEST(ObservationEvents, AHeaderThatChangesWithoutEndIsRefused) {
+    std::string text = Header3();
+    for (int i = 0; i < 1100; ++i) {
+        text += ">                              4  1\n" + Line(std::to_string(i), "MARKER NAME");
+    }
+    try {
+        Read(text);
+        FAIL();
+    } catch (const InputError& error) {
+        EXPECT_EQ(error.fault(), InputFault::kTooLarge);
+        EXPECT_EQ(error.reason(), "the header changes more than 1000 times within the file");
+    }
+    // Comments are no change, however many there are.
+    std::string comments = Header3() + Epoch3(0) + kG01;
+    for (int i = 0; i < 1100; ++i) {
+        comments += ">                              4  1\n" + Line(std::to_string(i), "COMMENT");
+    }
+    EXPECT_EQ(Read(comments).epochs.size(), 1U);
+}
+
 TEST(ObservationEvents, MovingLastsFromEvent2To3) {
     const std::string event2 = ">                              2  0\n";
     const std::string event3 = ">                              3  1\n";
