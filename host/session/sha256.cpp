@@ -1,108 +1,55 @@
 #include "session/sha256.h"
 
-#include <algorithm>
-#include <bit>
+#include <openssl/evp.h>
+
+#include <array>
 #include <cstdio>
-#include <cstring>
 #include <fstream>
+#include <memory>
+#include <stdexcept>
 #include <vector>
 
 namespace vornel::session {
 namespace {
 
-constexpr std::array<std::uint32_t, 64> kRoundConstants = {
-    0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-    0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-    0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-    0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-    0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-    0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-    0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-    0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
+struct FreeContext {
+    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+};
+
+void Require(bool done) {
+    if (!done) {
+        throw std::runtime_error("SHA-256 is not available");
+    }
+}
 
 }  // namespace
-
-void Sha256::Block(const unsigned char* block) {
-    std::array<std::uint32_t, 64> w{};
-    for (std::size_t i = 0; i < 16; ++i) {
-        w[i] = static_cast<std::uint32_t>(block[4 * i]) << 24 |
-               static_cast<std::uint32_t>(block[4 * i + 1]) << 16 |
-               static_cast<std::uint32_t>(block[4 * i + 2]) << 8 | block[4 * i + 3];
-    }
-    for (std::size_t i = 16; i < 64; ++i) {
-        const std::uint32_t s0 =
-            std::rotr(w[i - 15], 7) ^ std::rotr(w[i - 15], 18) ^ (w[i - 15] >> 3);
-        const std::uint32_t s1 =
-            std::rotr(w[i - 2], 17) ^ std::rotr(w[i - 2], 19) ^ (w[i - 2] >> 10);
-        w[i] = w[i - 16] + s0 + w[i - 7] + s1;
-    }
-    auto [a, b, c, d, e, f, g, h] = state_;
-    for (std::size_t i = 0; i < 64; ++i) {
-        const std::uint32_t s1 = std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25);
-        const std::uint32_t t1 = h + s1 + ((e & f) ^ (~e & g)) + kRoundConstants[i] + w[i];
-        const std::uint32_t s0 = std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22);
-        const std::uint32_t t2 = s0 + ((a & b) ^ (a & c) ^ (b & c));
-        h = g;
-        g = f;
-        f = e;
-        e = d + t1;
-        d = c;
-        c = b;
-        b = a;
-        a = t1 + t2;
-    }
-    const std::array<std::uint32_t, 8> change = {a, b, c, d, e, f, g, h};
-    for (std::size_t i = 0; i < 8; ++i) {
-        state_[i] += change[i];
-    }
-}
-
-void Sha256::Add(std::string_view bytes) {
-    length_ += bytes.size();
-    while (!bytes.empty()) {
-        const std::size_t take = std::min(bytes.size(), pending_.size() - pendingSize_);
-        std::memcpy(pending_.data() + pendingSize_, bytes.data(), take);
-        pendingSize_ += take;
-        bytes.remove_prefix(take);
-        if (pendingSize_ == pending_.size()) {
-            Block(pending_.data());
-            pendingSize_ = 0;
-        }
-    }
-}
-
-std::string Sha256::Hex() {
-    const std::uint64_t bits = length_ * 8;
-    Add(std::string_view("\x80", 1));
-    while (pendingSize_ != 56) {
-        Add(std::string_view("\0", 1));
-    }
-    std::array<char, 8> ending{};
-    for (std::size_t i = 0; i < 8; ++i) {
-        ending[i] = static_cast<char>(bits >> (56 - 8 * i) & 0xff);
-    }
-    Add(std::string_view(ending.data(), ending.size()));
-    std::string hex;
-    for (const std::uint32_t word : state_) {
-        char text[9];
-        std::snprintf(text, sizeof text, "%08x", word);
-        hex += text;
-    }
-    return hex;
-}
 
 std::string FileSha256(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
         return {};
     }
-    Sha256 sum;
+    const std::unique_ptr<EVP_MD_CTX, FreeContext> context(EVP_MD_CTX_new());
+    Require(context && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1);
     std::vector<char> buffer(std::size_t{1} << 16);
     while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) ||
            file.gcount() > 0) {
-        sum.Add({buffer.data(), static_cast<std::size_t>(file.gcount())});
+        Require(EVP_DigestUpdate(context.get(), buffer.data(),
+                                 static_cast<std::size_t>(file.gcount())) == 1);
     }
-    return sum.Hex();
+    if (file.bad()) {
+        return {};
+    }
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned int size = 0;
+    Require(EVP_DigestFinal_ex(context.get(), digest.data(), &size) == 1);
+    std::string hex;
+    for (unsigned int i = 0; i < size; ++i) {
+        char text[3];
+        std::snprintf(text, sizeof text, "%02x", digest[i]);
+        hex += text;
+    }
+    return hex;
 }
 
 }  // namespace vornel::session
