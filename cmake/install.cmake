@@ -1,5 +1,5 @@
 # cmake --install: the library, its header, what CMake and pkg-config need to find them, and the
-# command.
+# command with its manual and its completion for bash.
 include(CMakePackageConfigHelpers)
 set(PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VornelBlCore)
 
@@ -26,4 +26,8 @@ install(FILES ${CMAKE_BINARY_DIR}/VornelBlCore.pc DESTINATION ${CMAKE_INSTALL_LI
 
 if(TARGET vornel)
   install(TARGETS vornel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  install(FILES ${CMAKE_SOURCE_DIR}/host/share/vornel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+  # bash looks completions up by the name of the command.
+  install(FILES ${CMAKE_SOURCE_DIR}/host/share/vornel.bash
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME vornel)
 endif()

@@ -33,6 +33,9 @@ echo "== the folder"
 [ -e "$libdir/VornelBlCore.so" ] || { echo "no plain name VornelBlCore.so" && exit 1; }
 if [ -x "$prefix/bin/vornel" ]; then
     "$prefix/bin/vornel" --help >/dev/null && echo "vornel starts"
+    for file in man/man1/vornel.1 bash-completion/completions/vornel; do
+        [ -s "$prefix/share/$file" ] || { echo "no share/$file" && exit 1; }
+    done
 fi
 # What stands outside the prefix must not be written into it.
 if grep -rlI -e "$build" "$prefix"; then
