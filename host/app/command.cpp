@@ -18,6 +18,7 @@
 #include "app/stderr_capture.h"
 #include "app/text_report.h"
 #include "app/toml_config.h"
+#include "report/html_report.h"
 #include "session/fault.h"
 
 namespace vornel::app {
@@ -88,13 +89,10 @@ void WriteOutput(const std::string& path, const std::string& content, std::ostre
 }
 
 void RequireOutputs(const SolveArguments& arguments) {
-    for (const std::string& path : {arguments.json, arguments.csv}) {
+    for (const std::string& path : {arguments.json, arguments.csv, arguments.report}) {
         if (!path.empty() && path != kStandardOutput) {
             RequireWritable(path);
         }
-    }
-    if (!arguments.report.empty()) {
-        throw UsageError("--report is not available in this version");
     }
 }
 
@@ -123,7 +121,11 @@ int SolveCommand(SolveArguments arguments, const std::string& commandLine,
     if (!arguments.csv.empty()) {
         WriteOutput(arguments.csv, CsvReport(result), around.out);
     }
-    if (arguments.json != kStandardOutput && arguments.csv != kStandardOutput) {
+    if (!arguments.report.empty()) {
+        WriteOutput(arguments.report, report::HtmlReport(result), around.out);
+    }
+    if (arguments.json != kStandardOutput && arguments.csv != kStandardOutput &&
+        arguments.report != kStandardOutput) {
         around.out << TextReport(result);
     }
     if (arguments.verbose) {

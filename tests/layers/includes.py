@@ -13,7 +13,7 @@ ALLOWED = {
     "src/foundation": [],
     "src/orbit": ["foundation"],
     "src/observation": ["foundation", "orbit"],
-    "host": ["io", "session", "app"],
+    "host": ["io", "session", "app", "report"],
     "host/io": ["io"],
     "host/session": ["io", "session"],
 }
