@@ -366,11 +366,10 @@ Independent AdjustAgain(AdjustedSession& staged, int mode, const XYZPosition& st
 }
 
 TEST_P(FixedSolutionOfModel, IsTheAdjustmentWithTheFullCovarianceOfEveryEpoch) {
-    // One millimetre of noise is within two of the model's deviations and three of the residuals', so that no robust weight
-    // enters.
+    // The noise is within two of the model's deviations and three of the residuals', so that no robust weight enters.
     const int mode = GetParam();
     Scenario scenario = ScenarioOf(6, 5, 6, mode == 6 ? 0 : 5, mode);
-    scenario.phaseNoise = mode == 6 ? 0.0003 : 0.0006;
+    scenario.phaseNoise = mode == 5 ? 0.0001 : mode == 6 ? 0.0003 : 0.0006;
     AdjustedSession staged(scenario);
     if (mode == 6) {
         staged.FileWideLane();
@@ -474,8 +473,8 @@ TEST_F(FixedSolution, ASecondPassRunsHoweverSmallTheFirstCorrection) {
 }
 
 TEST_F(FixedSolution, ARowThatOnlyTheMedianRefusesStaysCountedWithoutInfluence) {
-    // 8 mm at ten epochs: within three times the least residual scale of 3 mm, beyond two deviations of the variance model at
-    // a satellite high up, and far beyond its median.
+    // A centimetre at ten epochs: within three and a half times the least residual scale of 3 mm, beyond two deviations
+    // of the variance model at a satellite high up, and far beyond the median.
     AdjustedSession staged(ScenarioOf(7, 0, 7, 0, 1));
     int sat = 0;
     double highest = 0.0;
@@ -487,13 +486,13 @@ TEST_F(FixedSolution, ARowThatOnlyTheMedianRefusesStaysCountedWithoutInfluence) 
         }
     }
     for (int e = 10; e < 20; ++e) {
-        staged.JumpAt(sat, e, 0.0085 / 0.19029367, 0.0);
+        staged.JumpAt(sat, e, 0.0098 / 0.19029367, 0.0);
     }
     const SolveResultFixed& result = Solve(staged, 1);
     const AmbRstInfo track = AdjustedSession::TrackOf(result.ambiguities, sat);
     EXPECT_EQ(track.rows1, 40);
     EXPECT_EQ(track.rejected1, 0);
-    EXPECT_NEAR(track.rms1, 0.0085 * std::sqrt(10.0 / 40.0), 2e-4);
+    EXPECT_NEAR(track.rms1, 0.0098 * std::sqrt(10.0 / 40.0), 2e-4);
     EXPECT_LT(simulation::ErrorOf(result, staged.session), 5e-5);
 }
 
@@ -528,12 +527,12 @@ TEST_F(FixedSolution, SatellitesWithoutAFixedAmbiguityHaveNoRows) {
 TEST_F(FixedSolution, IonosphereFreeRowsNeedTheWideLaneOfTheirEpoch) {
     AdjustedSession staged(ScenarioOf(7, 0, 0, 0, 6));
     staged.FileWideLane();
-    auto& wideLane = staged.solver->resultManage.fixedResults[0].ambiguities;
-    const int sat = wideLane[2].sat;
+    std::vector<AmbRstInfo>& wideLane = staged.solver->resultManage.fixedResults[0].ambiguities;
+    const int sat = wideLane[2].sat, other = wideLane[0].sat;
     wideLane[2].lastEpoch = 9;
     const SolveResultFixed& result = Solve(staged, 6);
     EXPECT_EQ(AdjustedSession::TrackOf(result.ambiguities, sat).rows1, 10);
-    EXPECT_EQ(AdjustedSession::TrackOf(result.ambiguities, wideLane[0].sat).rows1, 40);
+    EXPECT_EQ(AdjustedSession::TrackOf(result.ambiguities, other).rows1, 40);
 }
 
 TEST_F(FixedSolution, GlonassRowsNeedTheirSegment) {
@@ -579,6 +578,31 @@ TEST_F(FixedSolution, ANoiseBelowATenthOfAMillimetreLeavesNoCovariance) {
     ASSERT_EQ(xyz.RowCount(), 3u);
     EXPECT_EQ(xyz(1, 1), 0.0);
     EXPECT_EQ(result.sigma3, 0.0);
+}
+
+TEST_F(FixedSolution, AVectorOfNoLengthIsHeldOffZeroInItsRelativeAccuracy) {
+    for (const double metres : {0.003, 0.0}) {
+        ForgetProcess();
+        AdjustedSession staged(ScenarioOf(7, 0, 0, 0, 1));
+        MakeZeroBaseline(staged, metres);
+        SolveResultFixed fix = staged.TrueFix(1);
+        for (AmbRstInfo& track : fix.ambiguities) {
+            track.value1 = 0.0;
+        }
+        ASSERT_EQ(staged.solver->FixedSolveMulEq(1, fix), 1);
+        ASSERT_EQ(fix.dX, 0.0);
+        ASSERT_EQ(fix.dY, 0.0);
+        ASSERT_EQ(fix.dZ, 0.0);
+        EXPECT_EQ(fix.length, 1e-12);
+        EXPECT_EQ(fix.sigmaLength, 0.0);
+        if (metres > 0.0) {
+            EXPECT_GT(fix.sigma3, 0.0);
+            EXPECT_NEAR(fix.relativeAccuracy, fix.sigma3 / 1e-12 * 1e6,
+                        1e-9 * fix.relativeAccuracy);
+        } else {
+            EXPECT_EQ(fix.relativeAccuracy, 0.0);
+        }
+    }
 }
 
 TEST_F(FixedSolution, RejectionGoesByTheResidualsOfThePassBefore) {

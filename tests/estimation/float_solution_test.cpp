@@ -721,30 +721,6 @@ TEST_F(FloatSolution, WithoutTheFlagOrThePriorThereIsNoConstraint) {
 
 // --- a vector of no length
 
-// Both stations at one place, with phases that differ by the same amount up and down in epochs of one sky: every sum
-// cancels to the last bit.
-void MakeZeroBaseline(AdjustedSession& staged, double metres) {
-    StaticSolve& solver = *staged.solver;
-    solver.roverPosition = solver.basePosition;
-    for (std::size_t e = 0; e < solver.epochs.size(); ++e) {
-        SDObsData& epoch = solver.epochs[e];
-        const SDObsData& even = solver.epochs[e - e % 2];
-        for (const int sat : staged.session.satellites) {
-            const int s = sat - 1;
-            for (int k = 0; k < 3; ++k) {
-                const double position = even.satPosB[s][k];
-                epoch.satPosA[s][k] = epoch.satPosB[s][k] = position;
-            }
-            epoch.satClockA[s] = epoch.satClockB[s] = 0.0;
-            const double elevation = even.azelB[s][1], azimuth = even.azelB[s][0];
-            epoch.azelB[s][0] = azimuth;
-            epoch.azelB[s][1] = elevation;
-            const double sign = e % 2 == 0 ? 1.0 : -1.0;
-            epoch.phase[s][0] = sign * metres * (sat % 3 - 1) / 0.19029367279836487;
-        }
-    }
-}
-
 TEST_F(FloatSolution, AVectorOfNoLengthIsHeldOffZeroInItsRelativeAccuracy) {
     AdjustedSession staged(QuietScenario(7, 0, 0, 0, 1));
     MakeZeroBaseline(staged, 0.003);

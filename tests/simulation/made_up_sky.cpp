@@ -168,7 +168,9 @@ MadeUpSky::MadeUpSky(int week, double startSeconds, double duration)
       startSeconds_(startSeconds),
       duration_(duration),
       glonassMotion_(kGlonassSlotCount + 1) {
-    const Pattern gps{6, 5, 0.4, 0.3};
+    // Turned so that seven and more satellites of each system stay up over the first hour at 47 degrees north and
+    // 11 degrees east.
+    const Pattern gps{6, 5, 0.7, 1.8};
     for (int i = 0; i < 30; ++i) {
         AddKepler(kGps, i + 1, ElementsOf(kGps, i + 1, 5153.65, 0.96, gps.Node(i), gps.Anomaly(i)),
                   false);
@@ -196,7 +198,7 @@ MadeUpSky::MadeUpSky(int week, double startSeconds, double duration)
         AddKepler(kBds, 11 + i,
                   ElementsOf(kBds, 11 + i, 5282.6, 0.97, medium.Node(i), medium.Anomaly(i)), false);
     }
-    const Pattern galileo{3, 8, 0.2, 1.7};
+    const Pattern galileo{3, 8, 1.1, 0.8};
     for (int i = 0; i < 24; ++i) {
         AddKepler(kGalileo, i + 1,
                   ElementsOf(kGalileo, i + 1, 5440.6, 0.98, galileo.Node(i), galileo.Anomaly(i)),
@@ -244,7 +246,7 @@ void MadeUpSky::AddKepler(int system, int id, KeplerEphemeris elements, bool geo
 
 void MadeUpSky::AddGlonass(int slot) {
     satellites_.push_back(MakeSatNumber(kGlonass, slot));
-    const Pattern pattern{3, 8, 0.26, 2.4};
+    const Pattern pattern{3, 8, 0.5, 3.0};
     const Vector lunisolar = LunisolarOf(slot);
     Motion motion =
         CircularMotion(25508.0, 64.8 * kDegree, pattern.Node(slot - 1), pattern.Anomaly(slot - 1));

@@ -143,16 +143,21 @@ TEST_P(Recovery, WithAntennas) {
 TEST_P(Recovery, WithSlipsAndGapsInEverySystem) {
     Scenario scenario = ScenarioOf(GetParam());
     const std::vector<int> satellites = Simulate(scenario).satellites;
+    // Two satellites of a system slip, the reference perhaps among them, twice each and well apart in time, since a slip soon
+    // after another starts a new segment.
+    std::map<int, int> slipped;
     int n = 0;
     for (const int sat : satellites) {
         ++n;
         const Receiver receiver = n % 2 == 0 ? kRover : kBase;
-        if (n % 3 == 0) {
-            scenario.slips.push_back({receiver, sat, 20 + n, {3.0 * n, 1.0 - n}});
-            scenario.slips.push_back({receiver, sat, 60 + n, {-1.0, 77.0 * n}});
+        const int turn = slipped[SplitSatNumber(sat)];
+        if (n % 3 == 0 && turn < 2) {
+            scenario.slips.push_back({receiver, sat, 14 + 14 * turn, {3.0 * n, 1.0 - n}});
+            scenario.slips.push_back({receiver, sat, 62 + 14 * turn, {-1.0, 77.0 * n}});
+            ++slipped[SplitSatNumber(sat)];
         }
         if (n % 5 == 2) {
-            scenario.gaps.push_back({receiver, sat, 40, 44});
+            scenario.gaps.push_back({receiver, sat, 45, 49});
         }
     }
     const Session session = Simulate(scenario);
