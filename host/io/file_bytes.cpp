@@ -2,6 +2,7 @@
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <new>
 #include <system_error>
 
 #include "io/input_error.h"
@@ -53,9 +55,6 @@ using ArchiveReader = std::unique_ptr<archive, CloseArchive>;
 ArchiveReader OpenArchive(Packing packing, std::string_view packed) {
     ArchiveReader reader(archive_read_new());
     switch (packing) {
-        case Packing::kGzip:
-            archive_read_support_filter_gzip(reader.get());
-            break;
         case Packing::kCompress:
             archive_read_support_filter_compress(reader.get());
             break;
@@ -65,6 +64,7 @@ ArchiveReader OpenArchive(Packing packing, std::string_view packed) {
         case Packing::kXz:
             archive_read_support_filter_xz(reader.get());
             break;
+        case Packing::kGzip:
         case Packing::kZip:
         case Packing::kPlain:
             break;
@@ -103,15 +103,65 @@ class Budget {
     std::uint64_t spent_ = 0;
 };
 
-[[noreturn]] void RefusePacked(archive* reader, const PackingMark& mark, const std::string& name) {
-    const char* text = archive_error_string(reader);
-    const std::string detail = text != nullptr ? text : "unknown error";
-    const bool cutOff = detail.find("runcated") != std::string::npos ||
-                        detail.find("nexpected end") != std::string::npos;
+[[noreturn]] void RefusePacked(const PackingMark& mark, const std::string& name,
+                               const std::string& detail, bool cutOff) {
     throw InputError(cutOff ? InputFault::kTruncated : InputFault::kDamagedPacking, name, 0,
                      std::string("the ") + mark.name + " data " +
                          (cutOff ? "end too early: " : "cannot be unpacked: ") + detail,
                      "fetch the file again");
+}
+
+[[noreturn]] void RefusePacked(archive* reader, const PackingMark& mark, const std::string& name) {
+    const char* text = archive_error_string(reader);
+    const std::string detail = text != nullptr ? text : "unknown error";
+    RefusePacked(mark, name, detail,
+                 detail.find("runcated") != std::string::npos ||
+                     detail.find("nexpected end") != std::string::npos);
+}
+
+struct EndInflate {
+    void operator()(z_stream* stream) const { inflateEnd(stream); }
+};
+
+// gzip is read by zlib itself, which holds every member to its checksum and length; the filter of
+// libarchive passes over both. Nothing but zeros may stand behind the last member.
+std::string ReadGzip(std::string_view packed, const PackingMark& mark, const std::string& name,
+                     Budget& budget) {
+    constexpr int kGzipWithLargestWindow = 16 + MAX_WBITS;
+    constexpr std::size_t kPortion = 1UL << 30;  // zlib counts its input in 32 bits
+    z_stream stream{};
+    if (inflateInit2(&stream, kGzipWithLargestWindow) != Z_OK) {
+        throw std::bad_alloc();
+    }
+    const std::unique_ptr<z_stream, EndInflate> end(&stream);
+    std::string bytes;
+    std::array<Bytef, 1 << 16> block;
+    bool atEndOfMember = true;
+    while (!atEndOfMember || packed.find_first_not_of('\0') != std::string_view::npos) {
+        const std::string_view portion = packed.substr(0, kPortion);
+        // zlib takes its input without const but only reads.
+        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(portion.data()));
+        stream.avail_in = static_cast<uInt>(portion.size());
+        stream.next_out = block.data();
+        stream.avail_out = static_cast<uInt>(block.size());
+        const int status = inflate(&stream, Z_NO_FLUSH);
+        const std::size_t count = block.size() - stream.avail_out;
+        budget.Spend(count, name);
+        bytes.append(reinterpret_cast<const char*>(block.data()), count);
+        packed.remove_prefix(portion.size() - stream.avail_in);
+        atEndOfMember = status == Z_STREAM_END;
+        if (atEndOfMember) {
+            inflateReset(&stream);
+        } else if (status != Z_OK) {
+            const bool noMoreInput = status == Z_BUF_ERROR;
+            RefusePacked(mark, name,
+                         noMoreInput             ? "the last member is not whole"
+                         : stream.msg != nullptr ? stream.msg
+                                                 : zError(status),
+                         noMoreInput);
+        }
+    }
+    return bytes;
 }
 
 std::string ReadEntry(archive* reader, const PackingMark& mark, const std::string& name,
@@ -145,6 +195,10 @@ void UnpackInto(std::string bytes, const std::string& name, int depth, Budget& b
 
 void UnpackLayer(const std::string& packed, const PackingMark& mark, const std::string& name,
                  int depth, Budget& budget, std::vector<FileBytes>& out) {
+    if (mark.packing == Packing::kGzip) {
+        UnpackInto(ReadGzip(packed, mark, name, budget), name, depth + 1, budget, out);
+        return;
+    }
     const ArchiveReader reader = OpenArchive(mark.packing, packed);
     for (;;) {
         archive_entry* entry = nullptr;

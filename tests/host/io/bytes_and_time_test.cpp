@@ -75,6 +75,36 @@ TEST(FileBytes, TruncatedAndDamagedPackings) {
     EXPECT_TRUE(zipFault == InputFault::kDamagedPacking || zipFault == InputFault::kTruncated);
 }
 
+// Wherever a byte is changed: bzip2, xz and zip hold their data to a checksum, and so does gzip.
+TEST(FileBytes, AChangedByteOfGzipDataIsFound) {
+    const std::string gzip = Packed("brdc2420.18n.gz");
+    const std::string plain = Unpack(gzip, "x").at(0).bytes;
+    constexpr std::size_t kHeader = 10, kFlags = 3;
+    constexpr unsigned char kHasName = 8;
+    const std::size_t data =
+        (gzip[kFlags] & kHasName) != 0 ? gzip.find('\0', kHeader) + 1 : kHeader;
+    for (std::size_t at = data; at < gzip.size(); at += at + 20 < gzip.size() ? 97 : 1) {
+        std::string damaged = gzip;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
+        const InputFault fault = FaultOf([&] { Unpack(damaged, "x"); });
+        EXPECT_TRUE(fault == InputFault::kDamagedPacking || fault == InputFault::kTruncated) << at;
+    }
+    for (std::size_t missing = 1; missing <= 9; ++missing) {
+        EXPECT_EQ(FaultOf([&] { Unpack(gzip.substr(0, gzip.size() - missing), "x"); }),
+                  InputFault::kTruncated);
+    }
+    EXPECT_EQ(Unpack(gzip + std::string(300, '\0'), "x").at(0).bytes, plain) << "padding of a tape";
+    EXPECT_EQ(FaultOf([&] { Unpack(gzip + "rubbish", "x"); }), InputFault::kDamagedPacking);
+}
+
+// Files put one behind the other unpack to what they hold, one behind the other.
+TEST(FileBytes, MembersOfAGzipFileAreJoined) {
+    const std::string gzip = Packed("brdc2420.18n.gz");
+    const std::string plain = Unpack(gzip, "x").at(0).bytes;
+    EXPECT_EQ(Unpack(gzip + gzip, "x").at(0).bytes, plain + plain);
+    EXPECT_EQ(FaultOf([&] { Unpack(gzip + gzip.substr(0, 200), "x"); }), InputFault::kTruncated);
+}
+
 TEST(FileBytes, MissingEmptyAndNoFiles) {
     EXPECT_EQ(FaultOf([] { ReadFile("no-such-file.rnx"); }), InputFault::kMissingFile);
     EXPECT_EQ(FaultOf([] { ReadFile(VORNEL_TEST_DATA); }), InputFault::kUnreadable);
