@@ -215,16 +215,6 @@ TEST_F(Baselines, EpochsNearTheEndsOfTheOrbitsAreLostAndSaid) {
     EXPECT_EQ(broadcast.at("session").at("epochs"), 120);
 }
 
-TEST_F(Baselines, SwappedStationsGiveTheNegatedVector) {
-    const auto forth = Solve(DemoSolve(), 0);
-    auto words = DemoSolve();
-    std::swap(words[2], words[4]);
-    const auto back = Solve(words, 0);
-    const Vector3 sum =
-        session::Plus(VectorOf(forth.at("solution")), VectorOf(back.at("solution")));
-    EXPECT_LT(session::Length(sum), forth.at("solution").at("sigma3_m").get<double>());
-}
-
 TEST_F(Baselines, PiecesOfAStationGiveTheWhole) {
     const auto whole = Solve(DemoSolve(), 0);
     const std::string base = Unpacked(DemoBase());

@@ -1,6 +1,4 @@
 // Unpacking, recognition of kinds, fields, time and codes: the ground of the readers.
-#include <archive.h>
-#include <archive_entry.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -12,10 +10,14 @@
 #include "io/observation_codes.h"
 #include "io/observation_reader.h"
 #include "io/text_fields.h"
+#include "packing.h"
 #include "specimens.h"
 
 namespace vornel::io {
 namespace {
+
+using test::Gzip;
+using test::Zip;
 
 InputFault FaultOf(const std::function<void()>& action) {
     try {
@@ -112,40 +114,6 @@ TEST(FileBytes, MissingEmptyAndNoFiles) {
     EXPECT_EQ(FaultOf([] { ReadSpecimen("blank.sp3"); }), InputFault::kEmpty);
     const std::string emptyZip("PK\x05\x06\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0", 22);
     EXPECT_EQ(FaultOf([&] { Unpack(emptyZip, "x"); }), InputFault::kEmpty);
-}
-
-// The bytes packed in memory by a writer of the archive library that `choose` has set up.
-std::string Pack(const std::string& bytes, void (*choose)(archive*)) {
-    std::string packed(bytes.size() / 100 + 10000, '\0');
-    std::size_t used = 0;
-    archive* writer = archive_write_new();
-    choose(writer);
-    archive_write_set_bytes_in_last_block(writer, 1);
-    archive_write_open_memory(writer, packed.data(), packed.size(), &used);
-    archive_entry* entry = archive_entry_new();
-    archive_entry_set_pathname(entry, "member");
-    archive_entry_set_filetype(entry, AE_IFREG);
-    archive_entry_set_perm(entry, 0644);
-    archive_entry_set_size(entry, static_cast<la_int64_t>(bytes.size()));
-    archive_write_header(writer, entry);
-    EXPECT_EQ(archive_write_data(writer, bytes.data(), bytes.size()),
-              static_cast<la_ssize_t>(bytes.size()));
-    archive_entry_free(entry);
-    archive_write_close(writer);
-    archive_write_free(writer);
-    packed.resize(used);
-    return packed;
-}
-
-std::string Gzip(const std::string& bytes) {
-    return Pack(bytes, [](archive* writer) {
-        archive_write_add_filter_gzip(writer);
-        archive_write_set_format_raw(writer);
-    });
-}
-
-std::string Zip(const std::string& bytes) {
-    return Pack(bytes, [](archive* writer) { archive_write_set_format_zip(writer); });
 }
 
 // Zeros shrink a thousandfold, and what is left shrinks again: 200 MB in less than a kilobyte.
