@@ -28,8 +28,9 @@ std::string EncodedSky(const Sky& sky) {
             epoch = point.epoch;
             elevation = tenths;
         }
-        json += (json.empty() ? "\"" : ",\n\"") + session::ToString(satellite) + "\":[\"" + epochs +
-                "\",\"" + elevations + "\"]";
+        json += json.empty() ? "\"" : ",\n\"";
+        json += session::ToString(satellite);
+        json += "\":[\"" + epochs + "\",\"" + elevations + "\"]";
     }
     return json;
 }
@@ -45,9 +46,10 @@ std::string EncodedResiduals(const std::vector<Residuals>& residuals, std::uint3
                 AppendInteger(values, series.millimetres[i]);
             }
         }
-        json += (json.empty() ? "[\"" : ",\n[\"") + session::ToString(series.satellite) + "\"," +
-                std::to_string(series.block) + ",\"" + EncodedEpochs(epochs) + "\",\"" + values +
-                "\"]";
+        json += json.empty() ? "[\"" : ",\n[\"";
+        json += session::ToString(series.satellite) + "\"," + std::to_string(series.block);
+        json += ",\"" + EncodedEpochs(epochs);
+        json += "\",\"" + values + "\"]";
     }
     return json;
 }
@@ -108,13 +110,19 @@ EncodedData EncodeData(const app::SolveResult& result, const Timeline& timeline,
     const auto& times = result.fed.times;
     std::string periods;
     for (const Period& period : timeline.periods) {
-        periods += (periods.empty() ? "" : ",") + std::to_string(period.epochs.first);
+        periods += periods.empty() ? "" : ",";
+        periods += std::to_string(period.epochs.first);
     }
-    data.json = "{\"start\":" + std::to_string(times.empty() ? 0 : UnixSeconds(times.front())) +
-                ",\n\"times\":\"" + EncodedTimes(times) +
-                "\",\n\"thinning\":" + std::to_string(data.thinning) + ",\n\"periods\":[" +
-                periods + "],\n\"sky\":{" + EncodedSky(timeline.sky) + "},\n\"residuals\":[" +
-                residuals + "]}";
+    std::string& json = data.json;
+    json = "{\"start\":";
+    json += std::to_string(times.empty() ? 0 : UnixSeconds(times.front()));
+    json += ",\n\"times\":\"" + EncodedTimes(times);
+    json += "\",\n\"thinning\":";
+    json += std::to_string(data.thinning);
+    json += ",\n\"periods\":[" + periods;
+    json += "],\n\"sky\":{" + EncodedSky(timeline.sky);
+    json += "},\n\"residuals\":[" + residuals;
+    json += "]}";
     return data;
 }
 

@@ -1,6 +1,7 @@
 #include "report/drawings.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
@@ -31,6 +32,10 @@ double Distance(const Point& a, const Point& b) {
 
 constexpr double kSkyCentre = 260.0;
 constexpr double kSkyRadius = 222.0;
+constexpr double kDegree = M_PI / 180.0;
+constexpr double kOutside = -0.105;  // rad: where the azimuths stand, below the horizon
+constexpr std::array<int, 2> kCircles = {30, 60};
+constexpr double kCircleLabels = 15.0 * kDegree;  // the azimuth at which they stand
 
 Point OnSky(double azimuth, double elevation) {
     const double r = kSkyRadius * (1.0 - elevation / (M_PI / 2.0));
@@ -43,14 +48,12 @@ std::string Circle(double elevation, const char* className) {
 }
 
 std::string SkyGrid(double mask) {
-    constexpr double kDegree = M_PI / 180.0;
     std::string text = Circle(0.0, "rim") + Circle(30.0 * kDegree, "grid") +
                        Circle(60.0 * kDegree, "grid") + Circle(mask, "mask");
     for (int azimuth = 0; azimuth < 360; azimuth += 30) {
         const Point end = OnSky(azimuth * kDegree, 0.0);
         text += Format("<line class=\"grid\" x1=\"%g\" y1=\"%g\" x2=\"%.1f\" y2=\"%.1f\"/>\n",
                        kSkyCentre, kSkyCentre, end.x, end.y);
-        constexpr double kOutside = -0.105;  // rad below the horizon
         const Point at = OnSky(azimuth * kDegree, kOutside);
         const std::string name = azimuth == 0     ? "N"
                                  : azimuth == 90  ? "E"
@@ -60,8 +63,8 @@ std::string SkyGrid(double mask) {
         text += Format("<text class=\"%s\" x=\"%.1f\" y=\"%.1f\">%s</text>\n",
                        azimuth % 90 == 0 ? "wind" : "tick", at.x, at.y, name.c_str());
     }
-    for (const int elevation : {30, 60}) {
-        const Point at = OnSky(15.0 * kDegree, elevation * kDegree);
+    for (const int elevation : kCircles) {
+        const Point at = OnSky(kCircleLabels, elevation * kDegree);
         text += Format("<text class=\"tick\" x=\"%.1f\" y=\"%.1f\">%d\xC2\xB0</text>\n", at.x, at.y,
                        elevation);
     }
@@ -264,17 +267,8 @@ class TrackDrawing {
         text += "<path class=\"observed " + className + "\" d=\"" + lines + "\"/>\n";
         for (const Period& period : timeline_.periods) {
             const auto& candidates = period.references[session::IndexOf(satellite.system)];
-            if (candidates.size() == 1 && candidates.front() == satellite) {
-                text += Bar(period.epochs, middle, "reference " + className,
-                            session::ToString(satellite) + ", reference satellite (derived), " +
-                                ClockTime(result_, period.epochs.first) + " to " +
-                                ClockTime(result_, period.epochs.last));
-                constexpr double kRoom = 28.0;
-                if (X(period.epochs.last) - X(period.epochs.first) > kRoom) {
-                    text += Format("<text class=\"ref\" x=\"%.1f\" y=\"%g\">ref</text>\n",
-                                   (X(period.epochs.first) + X(period.epochs.last)) / 2.0,
-                                   middle + 3.5);
-                }
+            if (!candidates.empty() && candidates.front() == satellite) {
+                text += ReferenceBar(period.epochs, satellite, candidates.size() == 1, middle);
             }
         }
         for (const Track& track : timeline_.tracks) {
@@ -293,6 +287,22 @@ class TrackDrawing {
                       className.c_str(), from, middle - kHeight / 2.0,
                       std::max(X(span.last) - from, kLeast), kHeight) +
                "<title>" + Escaped(title) + "</title></rect>\n";
+    }
+
+    std::string ReferenceBar(const Span& span, EngineSatellite satellite, bool certain,
+                             double middle) const {
+        std::string text =
+            Bar(span, middle, "reference",
+                session::ToString(satellite) + ", " + (certain ? "" : "probably ") +
+                    "the reference satellite (derived), " + ClockTime(result_, span.first) +
+                    " to " + ClockTime(result_, span.last));
+        constexpr double kRoom = 32.0;
+        if (X(span.last) - X(span.first) > kRoom) {
+            text += Format("<text class=\"ref\" x=\"%.1f\" y=\"%g\">%s</text>\n",
+                           (X(span.first) + X(span.last)) / 2.0, middle + 3.5,
+                           certain ? "ref" : "ref?");
+        }
+        return text;
     }
 
     std::string TrackBar(const Track& track, double middle, const std::string& className) const {
@@ -352,6 +362,12 @@ std::string SkyPlot(const app::SolveResult& result, const Sky& sky) {
     }
     LabelPlaces places;
     std::string labels;
+    for (int azimuth = 0; azimuth < 360; azimuth += 30) {
+        places.Take(OnSky(azimuth * kDegree, kOutside));
+    }
+    for (const int elevation : kCircles) {
+        places.Take(OnSky(kCircleLabels, elevation * kDegree));
+    }
     for (const auto& [satellite, points] : sky) {
         const Point end = OnSky(points.back().azimuth, points.back().elevation);
         places.Take(end);

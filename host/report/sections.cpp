@@ -176,7 +176,7 @@ std::string VectorTable(const SolveResult& result, const Solution& best) {
     const Vector3 neu = session::ToNeu(place, best.vector);
     const Vector3 deviations = app::NeuDeviations(best, place);
     Table table("From marker to marker, rover minus base",
-                {"Component", "Value (m)#", "Standard deviation (mm)#"});
+                {"Component", "Value (m)#", "Std. dev. (mm)#"});
     const char* geocentric[] = {"\xCE\x94X", "\xCE\x94Y", "\xCE\x94Z"};
     for (std::size_t i = 0; i < 3; ++i) {
         table.Row({geocentric[i], Metres(best.vector[i]),
@@ -297,7 +297,9 @@ std::string ElevationRange(const Sky& sky, EngineSatellite satellite) {
         std::minmax_element(found->second.begin(), found->second.end(),
                             [](const auto& a, const auto& b) { return a.elevation < b.elevation; });
     constexpr double kDegrees = 180.0 / M_PI;
-    return Decimal(low->elevation * kDegrees, 0) + " to " + Decimal(high->elevation * kDegrees, 0);
+    const std::string from = Decimal(low->elevation * kDegrees, 0);
+    const std::string to = Decimal(high->elevation * kDegrees, 0);
+    return from == to ? from : from + " to " + to;
 }
 
 std::string ReferencePeriods(const Timeline& timeline, EngineSatellite satellite) {
@@ -305,8 +307,9 @@ std::string ReferencePeriods(const Timeline& timeline, EngineSatellite satellite
     std::size_t count = 0;
     for (std::size_t i = 0; i < timeline.periods.size(); ++i) {
         const auto& candidates = timeline.periods[i].references[session::IndexOf(satellite.system)];
-        if (candidates.size() == 1 && candidates.front() == satellite) {
-            text += (text.empty() ? "" : ", ") + std::to_string(i + 1);
+        if (!candidates.empty() && candidates.front() == satellite) {
+            text += (text.empty() ? "" : ", ") + std::to_string(i + 1) +
+                    (candidates.size() == 1 ? "" : "?");
             ++count;
         }
     }
@@ -374,10 +377,12 @@ std::string SatelliteTable(const SolveResult& result, const Timeline& timeline) 
                 {std::to_string(s.count), Decimal(std::sqrt(s.squares / count), 1),
                  Decimal(s.sum / count, 1), std::to_string(s.largest), std::to_string(rejected)});
         } else {
-            row.insert(row.end(), {"0", kNone, kNone, kNone, std::to_string(rejected)});
+            row.resize(3);
+            row.insert(row.end(), 8, kNone);
         }
         row.push_back(SatelliteNote(result, timeline, satellite, has));
-        table.Row(row, has ? "" : "unused");
+        const bool reference = row.back().find("reference") != std::string::npos;
+        table.Row(row, has || reference ? "" : "unused");
     }
     return table.Html();
 }
@@ -433,15 +438,25 @@ constexpr const char* kTrackLegend = R"(<ul class="legend">
 </ul>
 )";
 
-constexpr const char* kSkyLegend = R"(<ul class="legend">
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><path class="path sG" d="M1 6H33"/></svg> GPS</li>
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><path class="path sR" d="M1 6H33"/></svg> GLONASS</li>
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><path class="path sC" d="M1 6H33"/></svg> BeiDou</li>
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><path class="path sE" d="M1 6H33"/></svg> Galileo</li>
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><circle class="end sG" cx="17" cy="6" r="3.5"/></svg> last position</li>
-<li><svg viewBox="0 0 34 12" aria-hidden="true"><path class="mask" d="M1 6H33"/></svg> elevation mask; fainter below it</li>
-</ul>
-)";
+std::string SkyLegend(const Sky& sky) {
+    std::string text = "<ul class=\"legend\">\n";
+    const auto entry = [&text](const std::string& drawing, const char* name) {
+        text += "<li><svg viewBox=\"0 0 34 12\" aria-hidden=\"true\">" + drawing + "</svg> " +
+                name + "</li>\n";
+    };
+    for (const EngineSystem system : session::kEngineSystems) {
+        const bool any = std::any_of(sky.begin(), sky.end(), [&](const auto& track) {
+            return track.first.system == system;
+        });
+        if (any) {
+            entry(Format("<path class=\"path s%c\" d=\"M1 6H33\"/>", session::LetterOf(system)),
+                  session::NameOf(system));
+        }
+    }
+    entry("<circle class=\"end sG\" cx=\"17\" cy=\"6\" r=\"3.5\"/>", "last position");
+    entry("<path class=\"mask\" d=\"M1 6H33\"/>", "elevation mask; fainter below it");
+    return text + "</ul>\n";
+}
 
 // ---- fixing -------------------------------------------------------------------------------------
 
@@ -472,15 +487,18 @@ std::string FixedGauges(const SolveResult& result) {
     for (const Solution& fixed : result.outcome.results.fixeds) {
         const Solution* floating = FloatOf(result, fixed.mode);
         const std::size_t whole = floating == nullptr ? 0 : floating->ambiguities.size();
-        const std::size_t rows = ResidualCount(fixed);
-        const std::size_t floatRows = floating == nullptr ? 0 : ResidualCount(*floating);
+        std::size_t rows = 0, rejected = 0;
+        for (const session::Ambiguity& a : fixed.ambiguities) {
+            rows += static_cast<std::size_t>(std::max(0, a.rows1 + a.rows2));
+            rejected += static_cast<std::size_t>(std::max(0, a.rejected1 + a.rejected2));
+        }
         const std::string model = session::SolveModelName(fixed.mode);
         const std::string ratio = Decimal(fixed.ratio, 1) + " against a threshold of " +
                                   Decimal(threshold, 1) +
                                   (fixed.ratio > threshold ? ": passed" : ": not passed");
         const std::string tracks =
             Format("%zu of %zu float tracks", fixed.ambiguities.size(), whole);
-        const std::string used = Format("%zu of %zu float residuals", rows, floatRows);
+        const std::string used = Format("%zu of %zu on these tracks", rows, rows + rejected);
         const auto share = [](std::size_t part, std::size_t of) {
             return of == 0 ? 0.0 : static_cast<double>(part) / static_cast<double>(of);
         };
@@ -491,8 +509,10 @@ std::string FixedGauges(const SolveResult& result) {
                 Gauge(share(fixed.ambiguities.size(), whole), -1.0, "Share of tracks") + "<span>" +
                 Escaped(Percent(fixed.ambiguities.size(), whole) + ", " + tracks) +
                 "</span></dd>\n<dt>Observations kept</dt><dd>" +
-                Gauge(share(rows, floatRows), -1.0, "Share of observations") + "<span>" +
-                Escaped(Percent(rows, floatRows) + ", " + used) + "</span></dd>\n</dl></div>\n";
+                Gauge(share(rows, rows + rejected), -1.0,
+                      "Share of observations not rejected as outliers") +
+                "<span>" + Escaped(Percent(rows, rows + rejected) + ", " + used) +
+                "</span></dd>\n</dl></div>\n";
     }
     return text + "</div>\n";
 }
@@ -503,9 +523,9 @@ std::string ReferenceText(const std::vector<EngineSatellite>& candidates) {
     }
     std::string text;
     for (const EngineSatellite& satellite : candidates) {
-        text += (text.empty() ? "" : " or ") + session::ToString(satellite);
+        text += (text.empty() ? "" : ", ") + session::ToString(satellite);
     }
-    return text;
+    return candidates.size() == 1 ? text : "probably " + text.replace(3, 2, " (or ") + ")";
 }
 
 std::string PeriodTable(const SolveResult& result, const Timeline& timeline) {
@@ -621,7 +641,7 @@ std::string VectorSection(const SolveResult& result) {
                        Paragraph("There is no solution, hence no vector."));
     }
     std::string text =
-        VectorTable(result, *best) + "<div class=\"columns\">\n" +
+        "<div class=\"columns\">\n" + VectorTable(result, *best) +
         CovarianceTable("Covariance, X Y Z (mm\xC2\xB2)", {"X", "Y", "Z"}, best->covarianceXyz) +
         CovarianceTable("Covariance at the rover (mm\xC2\xB2)", {"North", "East", "Up"},
                         best->covarianceNeu) +
@@ -636,7 +656,7 @@ std::string VectorSection(const SolveResult& result) {
 
 std::string StationSection(const SolveResult& result) {
     const session::Session& s = result.session;
-    Table table("Stations and antennas", {"", "Base", "Rover"});
+    Table table("As used", {"", "Base", "Rover"});
     const auto row = [&](const char* name, const auto& give) {
         table.Row({name, give(s.base), give(s.rover)});
     };
@@ -719,7 +739,7 @@ std::string SatelliteSection(const SolveResult& result, const Timeline& timeline
     if (timeline.sky.empty()) {
         text += Paragraph("The sky plot needs broadcast orbits, and there are none.", "note");
     } else {
-        text += "<figure>" + SkyPlot(result, timeline.sky) + kSkyLegend +
+        text += "<figure>" + SkyPlot(result, timeline.sky) + SkyLegend(timeline.sky) +
                 "<figcaption>The sky over the base. Satellites that both receivers observed, where "
                 "they did.</figcaption></figure>\n";
     }
@@ -751,7 +771,8 @@ std::string FixingSection(const SolveResult& result, const Timeline& timeline) {
             "derived "
             "from its results. A period lasts at least the period length, and no track crosses its "
             "end. A reference satellite has no residuals in its period but was observed at every "
-            "epoch at which its system has some. A slip is assumed where a satellite begins a "
+            "epoch at which its system has some; where several are like that, the highest is the "
+            "likeliest, and a question mark says so. A slip is assumed where a satellite begins a "
             "second "
             "track in a period although the observations go on; slips that were repaired leave no "
             "trace.",
@@ -779,15 +800,17 @@ std::string DataSection(const SolveResult& result) {
 
 std::string SettingSection(const SolveResult& result) {
     const session::ConfiguredSettings& settings = result.session.settings;
-    Table table("Every setting with its origin", {"Setting", "Value", "From", "Because"});
+    Table table("Every setting with its origin", {"Setting", "Value", "From", "Meaning"});
     for (const session::SettingSpec& spec : session::AllSettings()) {
         const std::string value = spec.toml(settings.values);
         const auto found = settings.origins.find(spec.name);
-        const bool given = found != settings.origins.end();
-        const std::string kind = given ? found->second.kind : "default";
-        table.Row(
-            {spec.name, value.empty() ? kNone : value, kind, given ? found->second.detail : ""},
-            kind == "default" ? "unused" : "");
+        std::string from = "default";
+        if (found != settings.origins.end()) {
+            const session::SettingOrigin& origin = found->second;
+            from = origin.kind + (origin.detail.empty() ? "" : ": " + origin.detail);
+        }
+        table.Row({spec.name, value.empty() ? kNone : value, from, spec.help},
+                  from == "default" ? "unused" : "");
     }
     return Section("settings", "Settings", table.Html());
 }

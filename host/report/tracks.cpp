@@ -184,6 +184,22 @@ double ElevationIn(const Timeline& timeline, EngineSatellite satellite, const Sp
     return count == 0 ? kUnknown : sum / static_cast<double>(count);
 }
 
+// Satellites with an ambiguity in a stretch, in whichever solution.
+void AddEstimated(const app::SolveResult& result, const Span& span,
+                  std::set<EngineSatellite>& estimated) {
+    const session::EngineResults& results = result.outcome.results;
+    for (const auto* solutions : {&results.floats, &results.fixeds}) {
+        for (const Solution& solution : *solutions) {
+            for (const Ambiguity& a : solution.ambiguities) {
+                const auto satellite = SatelliteOf(a.system, a.prn);
+                if (satellite && span.Holds(SpanOf(a).first)) {
+                    estimated.insert(*satellite);
+                }
+            }
+        }
+    }
+}
+
 std::vector<EngineSatellite> ReferenceCandidates(const app::SolveResult& result,
                                                  const Timeline& timeline, const Span& period,
                                                  EngineSystem system) {
@@ -200,11 +216,7 @@ std::vector<EngineSatellite> ReferenceCandidates(const app::SolveResult& result,
             }
         }
     }
-    for (const Track& track : timeline.tracks) {
-        if (period.Holds(track.epochs.first)) {
-            estimated.insert(track.satellite);
-        }
-    }
+    AddEstimated(result, period, estimated);
     if (used.empty()) {
         return {};
     }

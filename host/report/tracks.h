@@ -4,7 +4,8 @@
 //   - a period is a stretch of at least the configured length, and no ambiguity track crosses its
 //     end;
 //   - the reference satellite of a system has neither residuals nor ambiguities in its period, but
-//     was observed at every epoch at which the system has residuals;
+//     was observed at every epoch at which the system has residuals. Where several satellites are
+//     like that (the engine may have dropped one), the highest is the likeliest;
 //   - a second track of a satellite in a period begins where its phase was not continuous.
 // All of it is labelled in the page as derived.
 #pragma once
@@ -51,8 +52,8 @@ struct Track {
 
 struct Period {
     Span epochs;
-    // Satellites that can be the reference, by system, the highest first. One: it is the one. None:
-    // no residuals, or not known.
+    // Satellites that can be the reference, by system, the likeliest first. One: it is the one.
+    // None: no residuals, or not known.
     std::array<std::vector<EngineSatellite>, session::kEngineSystemCount> references;
 };
 

@@ -408,10 +408,10 @@
     function options(chart, width) {
         const isTime = chart.field === "time";
         const axis = { font: kAxisFont, labelFont: "600 " + kAxisFont, stroke: "#4c5866",
-            grid: { stroke: "#e3e8ed", width: 1 }, ticks: { stroke: "#b9c2cc", width: 1 } };
+            grid: { stroke: "#e3e8ed", width: 1 }, ticks: { stroke: "#b9c2cc", width: 1, size: 5 } };
         const xAxis = Object.assign({}, axis, {
             label: isTime ? "GPS time" + (oneDay ? ", " + day(times[0]) : "") : "Elevation (\u00b0)",
-            labelSize: 22, space: isTime ? (oneDay ? 62 : 78) : 45 });
+            size: isTime && !oneDay ? 46 : 32, gap: 3, labelGap: 0, labelSize: 22, space: isTime ? (oneDay ? 62 : 78) : 45 });
         if (isTime) {
             xAxis.values = function (u, splits, index, space, increment) {
                 return splits.map(function (value, i) {
@@ -496,11 +496,11 @@
         reset(chart);
     }
 
-    function resize(width) {
+    function resize(width, height) {
         charts.forEach(function (chart) {
             const wanted = width || chart.box.clientWidth;
-            if (wanted > 0 && wanted !== chart.plot.width) {
-                chart.plot.setSize({ width: wanted, height: kHeight });
+            if (wanted > 0 && (wanted !== chart.plot.width || height !== chart.plot.height)) {
+                chart.plot.setSize({ width: wanted, height: height });
                 point(chart, null);
             }
         });
@@ -570,9 +570,9 @@
         element("p", { "class": "note" }, place,
             "Elevations are not known without broadcast orbits, so there is no chart over elevation.");
     }
-    new ResizeObserver(function () { resize(0); }).observe(place);
-    const kPaper = 680;  // CSS pixels between the margins of A4
-    window.addEventListener("beforeprint", function () { resize(kPaper); });
-    window.addEventListener("afterprint", function () { resize(0); });
+    new ResizeObserver(function () { resize(0, kHeight); }).observe(place);
+    const kPaper = { width: 680, height: 270 };  // CSS pixels; between the margins of A4
+    window.addEventListener("beforeprint", function () { resize(kPaper.width, kPaper.height); });
+    window.addEventListener("afterprint", function () { resize(0, kHeight); });
     window.vornelCharts = charts;  // for a look from the browser's console
 }());
