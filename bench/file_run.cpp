@@ -1,0 +1,48 @@
+// file_run BASE ROVER FILE...: one solve from files, phase by phase, as a line of JSON: processor
+// seconds of reading, of input (session and hand-over), of the run and of the reports, peak memory.
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "app/json_report.h"
+#include "app/solve_result.h"
+#include "app/text_report.h"
+#include "measure.h"
+#include "session/session.h"
+
+int main(int argc, char** argv) {
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: file_run BASE ROVER FILE...\n");
+        return 2;
+    }
+    using namespace vornel;
+    session::InputPaths paths;
+    paths.base = {argv[1]};
+    paths.rover = {argv[2]};
+    paths.others.assign(argv + 3, argv + argc);
+    session::ConfiguredSettings settings;
+
+    const double start = bench::ProcessorSeconds();
+    session::Inputs inputs = session::ReadInputs(paths, session::SelectionFor(settings.values));
+    const double read = bench::ProcessorSeconds();
+    app::SolveResult result;
+    result.session = session::PrepareSession(std::move(inputs), std::move(settings));
+    double handedOver = 0.0;
+    {
+        session::Engine engine;
+        result.fed = session::Feed(result.session, engine, {});
+        handedOver = bench::ProcessorSeconds();
+        result.outcome = session::Run(result.session, engine);
+    }
+    const double done = bench::ProcessorSeconds();
+    const std::string text = app::TextReport(result);
+    const std::string json = app::JsonText(app::JsonReport(result));
+    const double reported = bench::ProcessorSeconds();
+    std::printf(
+        "{\"epochs\": %zu, \"read_s\": %.4f, \"input_s\": %.4f, \"run_s\": %.4f, \"report_s\": "
+        "%.4f, "
+        "\"peak_kb\": %ld, \"status\": %d, \"bytes_reported\": %zu}\n",
+        result.fed.epochs, read - start, handedOver - read, done - handedOver, reported - done,
+        bench::MemoryKb("VmHWM"), result.outcome.results.status, text.size() + json.size());
+    return result.outcome.completed ? 0 : 1;
+}
