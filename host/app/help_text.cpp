@@ -87,6 +87,7 @@ Example
   FILE...                   navigation, precise orbits, antennas, further
                             observations of the two stations
   --config FILE             settings in TOML, named as the options
+  --report FILE             a page of HTML to keep: drawings, charts, everything
   --json FILE, --csv FILE   all as JSON, residuals as CSV ("-": standard output)
   --trace FILE              the engine's trace; --trace-level N from 0 to 5 (4)
   --verbose                 also show what the engine says

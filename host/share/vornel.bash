@@ -8,7 +8,7 @@ _vornel()
         --base-height --rover-height --trust-code --start --end --interval --sampling-interval \
         --min-epochs --period-length --short-baseline-limit --max-fix-baseline --ratio-threshold \
         --outlier-factor --slip-test-cap --phase-std --tropo-model --pressure --temperature \
-        --humidity --csv --trace-level --help --help-all \
+        --humidity --csv --report --trace-level --help --help-all \
 "
     if [ "$COMP_CWORD" -eq 1 ]; then
         mapfile -t COMPREPLY < <(compgen -W "solve info config --help --version" -- "$word")

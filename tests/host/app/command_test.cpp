@@ -45,8 +45,8 @@ TEST_F(Command, ManualAndCompletionKnowEveryOption) {
     const auto share = test::ProjectFolder() / "host" / "share";
     const std::string manual = Read((share / "vornel.1").string());
     const std::string completion = Read((share / "vornel.bash").string());
-    std::vector<std::string> options = {"base", "rover", "config",      "json",
-                                        "csv",  "trace", "trace-level", "verbose"};
+    std::vector<std::string> options = {"base",  "rover",       "config",  "json",  "csv",
+                                        "trace", "trace-level", "verbose", "report"};
     for (const session::SettingSpec& spec : session::AllSettings()) {
         options.emplace_back(spec.name);
     }
