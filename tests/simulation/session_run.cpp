@@ -1,8 +1,7 @@
 #include "simulation/session_run.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
+#include <stdexcept>
 
 #include "VornelBlCore.h"
 #include "frame/process.h"
@@ -88,7 +87,9 @@ void HandOver(const Session& session) {
 int RunSession(const Session& session) {
     HandOver(session);
     int status = -1;
-    EXPECT_EQ(StartProcess(&status), 1);
+    if (StartProcess(&status) != 1) {
+        throw std::runtime_error("an exception left the run");
+    }
     return status;
 }
 
@@ -106,8 +107,10 @@ std::unique_ptr<StaticSolve> SolverOf(const Session& session) {
 std::unique_ptr<StaticSolve> PreparedSolverOf(const Session& session) {
     std::unique_ptr<StaticSolve> solver = SolverOf(session);
     solver->SelectSolveMode();
-    EXPECT_EQ(solver->CutPeriods(), run_status::kPrepared);
-    EXPECT_EQ(solver->SelectRefSats(), run_status::kReferencesSelected);
+    if (solver->CutPeriods() != run_status::kPrepared ||
+        solver->SelectRefSats() != run_status::kReferencesSelected) {
+        throw std::runtime_error("the session has no period or no reference");
+    }
     solver->roverPosition = session.rover;
     return solver;
 }
