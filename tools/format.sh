@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
-mapfile -d '' sources < <(find src include host tests -name '*.[ch]' -print0 -o -name '*.cpp' -print0)
+mapfile -d '' sources < <(find src include host tests examples -name '*.[ch]' -print0 -o -name '*.cpp' -print0)
 case ${1:-} in
     --check) clang-format-14 --dry-run --Werror "${sources[@]}" && echo "format: ${#sources[@]} files in style" ;;
     '') clang-format-14 -i "${sources[@]}" ;;
