@@ -55,16 +55,13 @@ Json AmbiguityJson(const session::Ambiguity& a, bool isFloat, bool twoBlocks) {
                  {"rows", a.rows1},
                  {"rejected", a.rejected1}};
     if (isFloat) {
-        json["variance_cycles2"] = Number(a.variance1);
+        json["variance_cycles2"] = Number(a.variance);
     }
     if (twoBlocks) {
         json["second"] = {{"value", Number(a.value2)},
                           {"rms_m", Number(a.rms2)},
                           {"rows", a.rows2},
                           {"rejected", a.rejected2}};
-        if (isFloat) {
-            json["second"]["variance_cycles2"] = Number(a.variance2);
-        }
     }
     return json;
 }

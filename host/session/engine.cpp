@@ -235,14 +235,13 @@ Solution Engine::FloatSolution(int index) const {
     solution.ambiguities = Ambiguities(Count(count), [&](auto... arrays) {
         return api_.getFloatSolAmbListData(index, count, arrays...);
     });
-    // One variance for each ambiguity; the two of model 3's tracks follow each other.
     constexpr int kBothFrequencies = 3;
-    const std::size_t perTrack = solution.mode == kBothFrequencies ? 2 : 1;
-    std::vector<double> variances(perTrack * solution.ambiguities.size());
-    api_.getFloatAmbCov(index, static_cast<int>(variances.size()), variances.data());
-    for (std::size_t i = 0; i < solution.ambiguities.size(); ++i) {
-        solution.ambiguities[i].variance1 = variances[perTrack * i];
-        solution.ambiguities[i].variance2 = perTrack == 2 ? variances[2 * i + 1] : 0.0;
+    if (solution.mode != kBothFrequencies) {
+        std::vector<double> variances(solution.ambiguities.size());
+        api_.getFloatAmbCov(index, static_cast<int>(variances.size()), variances.data());
+        for (std::size_t i = 0; i < variances.size(); ++i) {
+            solution.ambiguities[i].variance = variances[i];
+        }
     }
     solution.residuals = Residuals(index, api_.getFloatSolSatNum, api_.getFloatSolSatList,
                                    api_.getFloatSolResListSize, api_.getFloatSolResList);

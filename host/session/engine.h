@@ -7,6 +7,7 @@
 #include <VornelBlCore.h>
 
 #include <array>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -182,8 +183,10 @@ struct Ambiguity {
     double rms1 = 0.0, rms2 = 0.0;  // m
     int rows1 = 0, rows2 = 0;
     int rejected1 = 0, rejected2 = 0;
-    double value1 = 0.0, value2 = 0.0;        // cycles
-    double variance1 = 0.0, variance2 = 0.0;  // cycles^2, float solutions only
+    double value1 = 0.0, value2 = 0.0;  // cycles
+    // Cycles^2; NaN where the engine tells none for this ambiguity: in fixed solutions, and in those
+    // of model 3, whose variances come in an order that does not lead to their tracks.
+    double variance = std::numeric_limits<double>::quiet_NaN();
 };
 
 struct ResidualPoint {

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "recording_engine.h"
 
 namespace vornel::session {
@@ -172,15 +174,16 @@ TEST(Engine, AnAnswerOfZeroIsAFailure) {
     EXPECT_THROW(engine.SetIonosphere({}, {}), EngineFailure);
 }
 
-// A small engine with one float solution of model 3 and one fixed one.
+// A small engine with one float and one fixed solution.
 int OneSolution() {
     return 1;
 }
-int BaseDataOfModel3(int index, VORNEL_BASE_DATA_BLOCK) {
+int g_solveModel = 3;
+int BaseData(int index, VORNEL_BASE_DATA_BLOCK) {
     if (index != 0) {
         return 0;
     }
-    *mode = 3;
+    *mode = g_solveModel;
     double* const outputs[] = {dX,
                                dY,
                                dZ,
@@ -279,11 +282,12 @@ int Residuals(int, int, int, int kind, int maxCount, int* weeks, double* seconds
 }
 
 TEST(Engine, QueriesAreGatheredWhole) {
+    g_solveModel = 3;
     EngineApi api = test::RecordingEngine();
     api.getFloatSolNum = &OneSolution;
     api.getFixedSolNum = &OneSolution;
-    api.getFloatSolBaseData = &BaseDataOfModel3;
-    api.getFixedSolBaseData = &BaseDataOfModel3;
+    api.getFloatSolBaseData = &BaseData;
+    api.getFixedSolBaseData = &BaseData;
     api.getFloatSolAmbNum = &TwoAmbiguities;
     api.getFixedSolAmbNum = &TwoAmbiguities;
     api.getFloatSolAmbListData = &FloatAmbiguities;
@@ -325,8 +329,7 @@ TEST(Engine, QueriesAreGatheredWhole) {
     EXPECT_EQ(a.rows2, 12);
     EXPECT_EQ(a.rejected1, 13);
     EXPECT_EQ(a.value2, 16);
-    EXPECT_EQ(a.variance1, 102);  // two variances for each track
-    EXPECT_EQ(a.variance2, 103);
+    EXPECT_TRUE(std::isnan(a.variance));  // in model 3 it is not told whose they are
     ASSERT_EQ(s.residuals.size(), 2U);
     EXPECT_EQ(s.residuals[0].system, 8);
     EXPECT_EQ(s.residuals[0].prn, 30);
@@ -334,7 +337,11 @@ TEST(Engine, QueriesAreGatheredWhole) {
     EXPECT_EQ(s.residuals[1].kind, 1);
     EXPECT_EQ(s.residuals[1].points[0].millimetres, 10);
     EXPECT_EQ(results.fixeds[0].ratio, 12.5);
-    EXPECT_EQ(results.fixeds[0].ambiguities[0].variance1, 0.0);
+    EXPECT_TRUE(std::isnan(results.fixeds[0].ambiguities[0].variance));
+    g_solveModel = 1;
+    const EngineResults first = Engine(api).Results(81);
+    EXPECT_EQ(first.floats[0].ambiguities[0].variance, 100);
+    EXPECT_EQ(first.floats[0].ambiguities[1].variance, 101);
 }
 
 }  // namespace
