@@ -1,4 +1,5 @@
-// The whole-session strategy behind its flag: LAMBDA on a shrinking set, then the search in the position domain.
+// The whole-session strategy behind its flag: LAMBDA on a shrinking set, then the search in the
+// position domain.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -34,8 +35,8 @@ class FixingStrategy : public ProcessTest {
                                                none, none, 0.0, 1, XYZPosition(), none, none, 0.0);
     }
 
-    // Files a float solution of independent ambiguities: satellites 1, 2, ... over ten epochs each. For model 3 the
-    // second half of the list is of the second frequency.
+    // Files a float solution of independent ambiguities: satellites 1, 2, ... over ten epochs each.
+    // For model 3 the second half of the list is of the second frequency.
     void FileFloat(int mode, const std::vector<Real>& reals) {
         SolveResultFloat result;
         result.mode = mode;
@@ -100,8 +101,8 @@ class FixingStrategy : public ProcessTest {
     int answer = -1;
 };
 
-// For independent ambiguities the best vector is the rounded one, with the sum of f^2 / variance, f being the fractions;
-// the second flips the one with the least (1 - 2 f) / variance.
+// For independent ambiguities the best vector is the rounded one, with the sum of f^2 / variance, f
+// being the fractions; the second flips the one with the least (1 - 2 f) / variance.
 
 TEST_F(FixingStrategy, ARatioThatPassesEndsTheFirstRound) {
     FileFloat(1, {{3.05, 0.01}, {-4.05, 0.01}, {12.04, 0.01}});
@@ -235,8 +236,8 @@ TEST_F(FixingStrategy, AThresholdOfTheCapIsNeverPassed) {
     EXPECT_EQ(out.ambiguities.size(), 8u);  // the first result
 }
 
-// Nine tracks: two that hang together in the ratio 5 to 1, so that their best integers may lie cycles away, one that the
-// second vector flips, and six good ones.
+// Nine tracks: two that hang together in the ratio 5 to 1, so that their best integers may lie
+// cycles away, one that the second vector flips, and six good ones.
 std::vector<Real> WithAHangingPair(double along) {
     std::vector<Real> reals(9, kGood);
     reals[0] = {5.0 * along + 0.001, 0.0};
@@ -255,8 +256,8 @@ void HangTogether(gult::matrixT& covariance) {
 }
 
 TEST_F(FixingStrategy, ADeviationOfMoreThanTwoAndAThirdCyclesGoesWithoutTheFlippedOnes) {
-    // Both of the pair are over 0.35 anyway. Up to 2.35 cycles the flipped track goes with them, and six are left after one
-    // round; above it stays for another.
+    // Both of the pair are over 0.35 anyway. Up to 2.35 cycles the flipped track goes with them,
+    // and six are left after one round; above it stays for another.
     for (const auto& [along, rounds] : {std::pair{0.46, 1}, {0.48, 2}}) {
         SetUp();
         FileFloat(1, WithAHangingPair(along));
@@ -379,7 +380,8 @@ TEST_F(FixingStrategy, WithoutAFiledRatioAFailedSearchFailsTheFixing) {
 
 TEST_F(FixingStrategy, AnyFlagButOneFixesPeriodByPeriod) {
     for (const int flag : {0, 2, -1}) {
-        // No equations, no period: the per-period strategy finds nothing, and says so in the record.
+        // No equations, no period: the per-period strategy finds nothing, and says so in the
+        // record.
         FileFloat(1, {{3.05, 0.01}, {-4.05, 0.01}});
         out = SolveResultFixed();
         EXPECT_EQ(solver->FixAmbiguity(flag, 1, out), 0);
@@ -406,7 +408,8 @@ class WholeSessionFixing : public ProcessTest, public ::testing::WithParamInterf
                            std::size_t tracks) {
         EXPECT_EQ(result.mode, mode);
         EXPECT_EQ(result.ambiguities.size(), tracks);
-        // LAMBDA's come back from its transformation to the last digits; the fixed solution rounds them.
+        // LAMBDA's come back from its transformation to the last digits; the fixed solution rounds
+        // them.
         for (const AmbRstInfo& track : result.ambiguities) {
             EXPECT_NEAR(track.value1, staged.TrueAmbiguity(mode, 0, track.sat, track.firstEpoch),
                         1e-6)
@@ -461,8 +464,8 @@ TEST_P(WholeSessionFixing, BothMethodsTogetherEndInTheTrueVector) {
 class WholeSessionSearch : public WholeSessionFixing {};
 
 TEST_F(WholeSessionSearch, GalileoHasNoRowsAndDropsOutOfASetThatMayShrinkBelowSix) {
-    // Every integer of a Galileo track scores the same, so the ratio is 1 until the last of them is gone. Independent
-    // ambiguities let the search try them.
+    // Every integer of a Galileo track scores the same, so the ratio is 1 until the last of them is
+    // gone. Independent ambiguities let the search try them.
     Scenario scenario = QuietScenario(6, 0, 0, 3, 1);
     scenario.epochCount = 60;
     const auto staged = AfterFloat(scenario, 1);

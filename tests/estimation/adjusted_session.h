@@ -1,6 +1,7 @@
-// A simulated session at the door of the adjustments: every satellite with one segment for each period that it is
-// received in, the true ambiguities of the GLONASS references, and the rover where it truly is, so that the first pass
-// has nothing to correct and its numbers can be looked at.
+// A simulated session at the door of the adjustments: every satellite with one segment for each
+// period that it is received in, the true ambiguities of the GLONASS references, and the rover
+// where it truly is, so that the first pass has nothing to correct and its numbers can be looked
+// at.
 #pragma once
 
 #include <cmath>
@@ -46,7 +47,8 @@ class AdjustedSession : public StagedSession {
     int ReferenceOf(int system) const { return solver->periods[0].ReferenceOf(system); }
     int Segments() const { return static_cast<int>(solver->ambiguityParas.size()); }
 
-    // Runs a float solution. Its last pass, as it tells on the standard error stream; -1 when it did not converge.
+    // Runs a float solution. Its last pass, as it tells on the standard error stream; -1 when it
+    // did not converge.
     int FloatPass(int mode) {
         ::testing::internal::CaptureStderr();
         const int done = solver->FloatSolveMulEq(mode);
@@ -134,8 +136,8 @@ inline simulation::Scenario QuietScenario(int gps, int glonass, int bds, int gal
     return scenario;
 }
 
-// Both stations at one place, with phases that differ by the same amount up and down in epochs of one sky: every sum
-// cancels to the last bit.
+// Both stations at one place, with phases that differ by the same amount up and down in epochs of
+// one sky: every sum cancels to the last bit.
 inline void MakeZeroBaseline(AdjustedSession& staged, double metres) {
     StaticSolve& solver = *staged.solver;
     solver.roverPosition = solver.basePosition;

@@ -105,8 +105,8 @@ TEST_P(DoubleDifferences, ChangeWithTheRoverAsTheirDirectionsSay) {
                     FormAt(staged, mode, block, 20, n, {rover.X + x, rover.Y + y, rover.Z + z}).v;
                 const double behind =
                     FormAt(staged, mode, block, 20, n, {rover.X - x, rover.Y - y, rover.Z - z}).v;
-                // The observed stays, the computed grows along the direction. The ionosphere adds some micrometres for each
-                // metre.
+                // The observed stays, the computed grows along the direction. The ionosphere adds
+                // some micrometres for each metre.
                 EXPECT_NEAR((behind - ahead) / 100.0, here.direction[axis], 1.5e-5);
             }
         }

@@ -240,8 +240,9 @@ Square InverseOf(Square matrix) {
     return inverse;
 }
 
-// The weighted adjustment of the whole session a second time: every epoch's double differences with their full covariance,
-// in extended precision, at the solution. What the solution leaves of the gradient, and its cofactors.
+// The weighted adjustment of the whole session a second time: every epoch's double differences with
+// their full covariance, in extended precision, at the solution. What the solution leaves of the
+// gradient, and its cofactors.
 struct Independent {
     std::vector<long double> step;  // what is left to correct, metres
     Square cofactors;
@@ -302,7 +303,8 @@ Independent AdjustAgain(AdjustedSession& staged, int mode, const XYZPosition& st
                     double unit[3];
                     double v = observe(sat, unit) - referenceValue;
                     const int at = static_cast<int>(e);
-                    // The ambiguities in their wavelengths, the reference's where it does not cancel.
+                    // The ambiguities in their wavelengths, the reference's where it does not
+                    // cancel.
                     for (int f = 0; f < 2; ++f) {
                         const double factor = f == 0 ? lane.a : lane.b;
                         const double referenceFactor = f == 0 ? referenceLane.a : referenceLane.b;
@@ -366,7 +368,8 @@ Independent AdjustAgain(AdjustedSession& staged, int mode, const XYZPosition& st
 }
 
 TEST_P(FixedSolutionOfModel, IsTheAdjustmentWithTheFullCovarianceOfEveryEpoch) {
-    // The noise is within two of the model's deviations and three of the residuals', so that no robust weight enters.
+    // The noise is within two of the model's deviations and three of the residuals', so that no
+    // robust weight enters.
     const int mode = GetParam();
     Scenario scenario = ScenarioOf(6, 5, 6, mode == 6 ? 0 : 5, mode);
     scenario.phaseNoise = mode == 5 ? 0.0001 : mode == 6 ? 0.0003 : 0.0006;
@@ -462,8 +465,8 @@ TEST_F(FixedSolution, OutsideModel3TheSecondBlocksRmsStaysZero) {
 }
 
 TEST_F(FixedSolution, ASecondPassRunsHoweverSmallTheFirstCorrection) {
-    // From the truth the first correction is far below a millimetre. The residual scale of the first pass, 5 m, lets a
-    // decimetre through, that of the second does not.
+    // From the truth the first correction is far below a millimetre. The residual scale of the
+    // first pass, 5 m, lets a decimetre through, that of the second does not.
     AdjustedSession staged(ScenarioOf(7, 0, 7, 0, 1));
     const int sat = staged.Satellite(kGps, 2);
     staged.JumpAt(sat, 11, 0.1 / 0.19029367, 0.0);
@@ -473,8 +476,9 @@ TEST_F(FixedSolution, ASecondPassRunsHoweverSmallTheFirstCorrection) {
 }
 
 TEST_F(FixedSolution, ARowThatOnlyTheMedianRefusesStaysCountedWithoutInfluence) {
-    // A centimetre at ten epochs: within three and a half times the least residual scale of 3 mm, beyond two deviations
-    // of the variance model at a satellite high up, and far beyond the median.
+    // A centimetre at ten epochs: within three and a half times the least residual scale of 3 mm,
+    // beyond two deviations of the variance model at a satellite high up, and far beyond the
+    // median.
     AdjustedSession staged(ScenarioOf(7, 0, 7, 0, 1));
     int sat = 0;
     double highest = 0.0;

@@ -60,8 +60,8 @@ INSTANTIATE_TEST_SUITE_P(Models, FloatSolutionOfModel, ::testing::Range(1, 7),
 
 // --- normal equations
 
-// The change of the computed value of a satellite with the rover's coordinates, by differences of the model 100 m
-// to either side.
+// The change of the computed value of a satellite with the rover's coordinates, by differences of
+// the model 100 m to either side.
 void NumericalDirection(const SDObsData& epoch, int sat, const XYZPosition& rover,
                         const XYZPosition& base, double direction[3]) {
     for (int axis = 0; axis < 3; ++axis) {
@@ -85,7 +85,8 @@ TEST_P(FloatSolutionOfModel, HasTheNormalEquationsOfNumericalDifferentiation) {
     scenario.config.tropoModel = 2;
     AdjustedSession staged(scenario);
     StaticSolve& solver = *staged.solver;
-    // The two receivers see the same satellite clock; without it the model's line of sight is of unit length.
+    // The two receivers see the same satellite clock; without it the model's line of sight is of
+    // unit length.
     for (SDObsData& epoch : solver.epochs) {
         for (const int sat : staged.session.satellites) {
             epoch.satClockA[sat - 1] = epoch.satClockB[sat - 1] = 0.0;
@@ -226,7 +227,8 @@ TEST_P(FloatSolutionOfModel, RecordsWhatItsEquationsSay) {
     EXPECT_NEAR(result.sigmaLength, std::sqrt(along), 1e-12);
     EXPECT_NEAR(result.relativeAccuracy, result.sigma3 / result.length * 1e6, 1e-9);
 
-    // Covariance of the ambiguities: a single period's, with the two frequencies of a track of model 3 drawn apart.
+    // Covariance of the ambiguities: a single period's, with the two frequencies of a track of
+    // model 3 drawn apart.
     int nx = 0, nb = 0;
     gult::matrixT values, cofactors;
     std::vector<AmbRstInfo> list;
@@ -304,7 +306,8 @@ TEST_F(FloatSolution, ATrackWithResidualsAboveHalfAMetreIsErased) {
         AdjustedSession staged(QuietScenario(7, 0, 0, 0, 1));
         staged.solver->resultManage.tripleDiff.rms = 1.0;
         const int sat = staged.Satellite(kGps, 2);
-        // The first epoch sets the ambiguity. Every other one stands off it by the root of two times the rms.
+        // The first epoch sets the ambiguity. Every other one stands off it by the root of two
+        // times the rms.
         for (int e = 1; e < 40; e += 2) {
             staged.JumpAt(sat, e, metres * std::sqrt(2.0) / 0.19029367279836487, 0.0);
         }
@@ -390,7 +393,8 @@ TEST_F(FloatSolution, IonosphereFreeRowsNeedAWideLaneOfTheirSatelliteAndEpoch) {
 }
 
 TEST_F(FloatSolution, AnOutlierIsRejectedBeyondTheScaleOfTheTripleDifferences) {
-    // Five times the larger of 6 mm and the rms of the triple differences, and three and a half times that.
+    // Five times the larger of 6 mm and the rms of the triple differences, and three and a half
+    // times that.
     struct Case {
         double tripleDifferenceRms, outlier;
         int rejected;
@@ -416,8 +420,8 @@ TEST_F(FloatSolution, AnOutlierIsRejectedBeyondTheScaleOfTheTripleDifferences) {
     }
 }
 
-// The float ambiguity that a single pass, with the vector held at the truth, gives a satellite that stands at `first`
-// cycles in its first epoch and at `later` in 99 more.
+// The float ambiguity that a single pass, with the vector held at the truth, gives a satellite that
+// stands at `first` cycles in its first epoch and at `later` in 99 more.
 double AmbiguityOfOnePass(double first, double later) {
     ForgetProcess();
     Scenario scenario = QuietScenario(7, 0, 6, 0, 1);
@@ -442,8 +446,8 @@ double AmbiguityOfOnePass(double first, double later) {
 }
 
 TEST_F(FloatSolution, AnAmbiguityThatRoundsToZeroIsRoundedAgainOnTheNextRow) {
-    // 0.45 rounds to the 0 that means unset, 0.55 to 1. The first row keeps the 0 and so tells one cycle too much:
-    // 1 + (0.45 - 99 * 0.45) / 100.
+    // 0.45 rounds to the 0 that means unset, 0.55 to 1. The first row keeps the 0 and so tells one
+    // cycle too much: 1 + (0.45 - 99 * 0.45) / 100.
     EXPECT_NEAR(AmbiguityOfOnePass(0.45, 0.55), 0.559, 1e-3);
 }
 
@@ -453,8 +457,9 @@ TEST_F(FloatSolution, TheFirstValueOfATrackIsKeptOnceItIsNotZero) {
 }
 
 TEST_F(FloatSolution, TheTenthPassRejectsNothingAndEndsTheSolutionEitherWay) {
-    // Few satellites with errors of long tails: the weights wander for many passes. Where they still do in the tenth, its
-    // outliers stay, with no weight, and are counted; an earlier end leaves them out.
+    // Few satellites with errors of long tails: the weights wander for many passes. Where they
+    // still do in the tenth, its outliers stay, with no weight, and are counted; an earlier end
+    // leaves them out.
     int ended = 0, wandered = 0;
     for (std::uint64_t seed = 1; seed <= 12; ++seed) {
         ForgetProcess();

@@ -168,8 +168,8 @@ MadeUpSky::MadeUpSky(int week, double startSeconds, double duration)
       startSeconds_(startSeconds),
       duration_(duration),
       glonassMotion_(kGlonassSlotCount + 1) {
-    // Turned so that seven and more satellites of each system stay up over the first hour at 47 degrees north and
-    // 11 degrees east.
+    // Turned so that seven and more satellites of each system stay up over the first hour at 47
+    // degrees north and 11 degrees east.
     const Pattern gps{6, 5, 0.7, 1.8};
     for (int i = 0; i < 30; ++i) {
         AddKepler(kGps, i + 1, ElementsOf(kGps, i + 1, 5153.65, 0.96, gps.Node(i), gps.Anomaly(i)),

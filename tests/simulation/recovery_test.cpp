@@ -143,8 +143,8 @@ TEST_P(Recovery, WithAntennas) {
 TEST_P(Recovery, WithSlipsAndGapsInEverySystem) {
     Scenario scenario = ScenarioOf(GetParam());
     const std::vector<int> satellites = Simulate(scenario).satellites;
-    // Two satellites of a system slip, the reference perhaps among them, twice each and well apart in time, since a slip soon
-    // after another starts a new segment.
+    // Two satellites of a system slip, the reference perhaps among them, twice each and well apart
+    // in time, since a slip soon after another starts a new segment.
     std::map<int, int> slipped;
     int n = 0;
     for (const int sat : satellites) {
