@@ -27,7 +27,7 @@ BlockOfTrack BlockOf(AmbRstInfo& ambiguity, int block) {
 }
 
 int CommonParameterCount(int mode, int hasGlonass) {
-    return 3 + BlockCount(mode) * hasGlonass;
+    return 3 + (hasGlonass == 1 ? BlockCount(mode) : 0);
 }
 
 bool DropUnusedBias(StaticSolve& solver, int biasRows, double bias[2]) {

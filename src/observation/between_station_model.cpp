@@ -31,11 +31,13 @@ ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
                                ModelStation& rover, const XYZPosition& basePosition,
                                const StationDelays& base) {
     const int s = satNumber - 1;
+    // What is read through this stays shared with the records that this one was copied from.
+    const SDObsData& given = record;
     const XYZPosition& roverPosition = rover.position();
-    const XYZPosition satelliteA(record.satPosA[s]);
-    const XYZPosition satelliteB(record.satPosB[s]);
-    const double a = Distance(roverPosition, satelliteA) - kSpeedOfLight * record.satClockA[s];
-    const double b = Distance(basePosition, satelliteB) - kSpeedOfLight * record.satClockB[s];
+    const XYZPosition satelliteA(given.satPosA[s]);
+    const XYZPosition satelliteB(given.satPosB[s]);
+    const double a = Distance(roverPosition, satelliteA) - kSpeedOfLight * given.satClockA[s];
+    const double b = Distance(basePosition, satelliteB) - kSpeedOfLight * given.satClockB[s];
     record.sdRange[s] = a - b;
 
     const NEUPosition local = rover.Local(satelliteA);

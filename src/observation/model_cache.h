@@ -5,7 +5,8 @@
 // other values stand in the record itself (sdRange, sdIono, sdTrop, azelA), and the delays at the
 // base, which does not move. An entry is stale when the rover, the base or the form of the
 // troposphere differs from those of the evaluation; the satellite positions and the atmosphere's
-// parameters are taken not to change during a run.
+// parameters are taken not to change during a run, and nothing else to evaluate the model on its
+// records.
 #pragma once
 
 #include <cstdint>
