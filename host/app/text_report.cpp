@@ -24,9 +24,9 @@ double Deviation(double variance) {
     return variance > 0.0 ? std::sqrt(variance) : 0.0;
 }
 
-// A text wrapped at 78 columns; lines after the first begin with `indent`.
+// A text wrapped at 80 columns; lines after the first begin with `indent`.
 std::string Wrapped(const std::string& first, const std::string& text, const std::string& indent) {
-    constexpr std::size_t kWidth = 78;
+    constexpr std::size_t kWidth = 80;
     std::string result, line = first;
     std::size_t at = 0;
     while (at < text.size()) {
@@ -58,10 +58,11 @@ std::string VectorBlock(const SolveResult& result, const Solution& s) {
         text += Format("  %-7s%14.4f +- %.4f     %-6s%14.4f +- %.4f\n", xyzNames[i], s.vector[i],
                        Deviation(c[4 * i]), neuNames[i], neu[i], neuDeviations[i]);
     }
-    text += Format("  %-7s%14.4f +- %.4f     rms %.4f m, variance factor %.3f, dof %d\n", "Length",
-                   session::Length(s.vector), s.sigmaLength, s.rms, s.varianceFactor, s.dof);
+    text += Format("  %-7s%14.4f +- %.4f\n", "Length", session::Length(s.vector), s.sigmaLength);
     text += Format("  Covariance (mm^2)  XX %.3f  YY %.3f  ZZ %.3f  XY %.3f  XZ %.3f  YZ %.3f\n",
                    c[0] * 1e6, c[4] * 1e6, c[8] * 1e6, c[1] * 1e6, c[2] * 1e6, c[5] * 1e6);
+    text += Format("  Residuals  rms %.4f m, variance factor %.3f, %d degrees of freedom\n", s.rms,
+                   s.varianceFactor, s.dof);
     const Vector3 rover = session::Plus(base.position, s.vector);
     text += Format("  Rover marker  X %.4f  Y %.4f  Z %.4f\n", rover[0], rover[1], rover[2]);
     return text;
@@ -69,7 +70,7 @@ std::string VectorBlock(const SolveResult& result, const Solution& s) {
 
 std::string SolutionLine(const char* name, const Solution& s) {
     std::string text =
-        Format("  %-32s %14.4f %14.4f %14.4f", name, s.vector[0], s.vector[1], s.vector[2]);
+        Format("  %-23s %14.4f %13.4f %13.4f", name, s.vector[0], s.vector[1], s.vector[2]);
     return text + (s.ratio > 0.0 ? Format("  ratio %.1f", s.ratio) : "") + "\n";
 }
 
@@ -77,7 +78,7 @@ std::string AllSolutions(const session::EngineResults& results) {
     if (results.tripleDifference.mode == 0) {
         return {};
     }
-    std::string text = Format("Solutions %40s %14s %14s\n", "dX", "dY", "dZ");
+    std::string text = Format("Solutions %30s %13s %13s\n", "dX", "dY", "dZ");
     text += SolutionLine("triple difference", results.tripleDifference);
     for (std::size_t i = 0; i < std::max(results.floats.size(), results.fixeds.size()); ++i) {
         if (i < results.floats.size()) {
@@ -116,13 +117,14 @@ std::string SystemTable(const SolveResult& result) {
     return text;
 }
 
-std::string AntennaLine(const SolveResult& result, const session::Station& station,
-                        const char* role) {
+// Stations take lines of one form: the role, then what is said of it, further lines under that.
+constexpr const char* kUnderRole = "        ";
+
+std::string AntennaLine(const SolveResult& result, const session::Station& station) {
     const session::AntennaChoice& a = station.antenna;
-    std::string text =
-        Format("  %-6s%s %s, height %.4f m (%s), ", role,
-               a.type.empty() ? "unnamed antenna" : a.type.c_str(), a.radome.c_str(),
-               station.antennaHeight, station.heightFromOption ? "option" : "header");
+    std::string text = Format(
+        "%s %s, height %.4f m (%s), ", a.type.empty() ? "unnamed antenna" : a.type.c_str(),
+        a.radome.c_str(), station.antennaHeight, station.heightFromOption ? "option" : "header");
     if (result.session.antennasApplied) {
         text += Format("L1 %.4f L2 %.4f m up (%s%s)", a.offset1[2], a.offset2[2],
                        FileName(a.file).c_str(),
@@ -130,17 +132,17 @@ std::string AntennaLine(const SolveResult& result, const session::Station& stati
     } else {
         text += "no phase centre offset";
     }
-    return text + "\n";
+    return Wrapped(kUnderRole, text, kUnderRole);
 }
 
 std::string PositionLine(const session::Station& station, const char* role) {
-    std::string text = Format("  %-6s%s: %.4f %.4f %.4f (%s", role, station.name.c_str(),
-                              station.position[0], station.position[1], station.position[2],
+    std::string text = Format("%s: %.3f %.3f %.3f (%s", station.name.c_str(), station.position[0],
+                              station.position[1], station.position[2],
                               session::PositionSourceName(station.positionSource));
     if (station.offFromCode) {
         text += Format(", %.1f m from code", *station.offFromCode);
     }
-    return text + ")\n";
+    return Wrapped(Format("  %-6s", role), text + ")", kUnderRole);
 }
 
 std::string EpochLine(const SolveResult& result) {
@@ -163,14 +165,15 @@ std::string DataBlock(const SolveResult& result) {
                        s.pairing.baseOnly, s.pairing.roverOnly);
     }
     text += SystemTable(result);
-    text += "  Orbits      " + OrbitText(s) + "\n";
+    constexpr const char* kUnderName = "              ";
+    text += Wrapped("  Orbits      ", OrbitText(s), kUnderName);
     const std::string dropped = DroppedText(s);
     if (!dropped.empty()) {
-        text += Wrapped("              ", "records dropped: " + dropped, "              ");
+        text += Wrapped(kUnderName, "records dropped: " + dropped, kUnderName);
     }
-    text += "  Ionosphere  " + IonosphereText(s) + "\n";
-    text += "Stations\n" + PositionLine(s.base, "base") + AntennaLine(result, s.base, "") +
-            PositionLine(s.rover, "rover") + AntennaLine(result, s.rover, "");
+    text += Wrapped("  Ionosphere  ", IonosphereText(s), kUnderName);
+    text += "Stations\n" + PositionLine(s.base, "base") + AntennaLine(result, s.base) +
+            PositionLine(s.rover, "rover") + AntennaLine(result, s.rover);
     return text;
 }
 
