@@ -100,29 +100,31 @@ std::string EncodedTimes(const std::vector<io::GpsTime>& times) {
 
 EncodedData EncodeData(const app::SolveResult& result, const Timeline& timeline,
                        std::size_t limit) {
-    EncodedData data;
-    std::string residuals = EncodedResiduals(timeline.residuals, data.thinning);
-    while (residuals.size() > limit) {
-        data.thinning += static_cast<std::uint32_t>(
-            std::max<std::size_t>(1, data.thinning * (residuals.size() - limit) / limit));
-        residuals = EncodedResiduals(timeline.residuals, data.thinning);
-    }
     const auto& times = result.fed.times;
-    std::string periods;
-    for (const Period& period : timeline.periods) {
-        periods += periods.empty() ? "" : ",";
-        periods += std::to_string(period.epochs.first);
-    }
-    std::string& json = data.json;
-    json = "{\"start\":";
+    std::string json = "{\"start\":";
     json += std::to_string(times.empty() ? 0 : UnixSeconds(times.front()));
     json += ",\n\"times\":\"" + EncodedTimes(times);
-    json += "\",\n\"thinning\":";
-    json += std::to_string(data.thinning);
-    json += ",\n\"periods\":[" + periods;
+    json += "\",\n\"periods\":[";
+    for (const Period& period : timeline.periods) {
+        json += &period == &timeline.periods.front() ? "" : ",";
+        json += std::to_string(period.epochs.first);
+    }
     json += "],\n\"sky\":{" + EncodedSky(timeline.sky);
-    json += "},\n\"residuals\":[" + residuals;
-    json += "]}";
+    json += "},\n\"thinning\":";
+
+    constexpr std::size_t kFrame = 40;
+    const std::size_t room =
+        limit > 2 * (json.size() + kFrame) ? limit - json.size() - kFrame : limit / 2;
+    EncodedData data;
+    std::string residuals = EncodedResiduals(timeline.residuals, data.thinning);
+    while (residuals.size() > room) {
+        data.thinning += static_cast<std::uint32_t>(
+            std::max<std::size_t>(1, data.thinning * (residuals.size() - room) / room));
+        residuals = EncodedResiduals(timeline.residuals, data.thinning);
+    }
+    json += std::to_string(data.thinning);
+    json += ",\n\"residuals\":[" + residuals;
+    data.json = json + "]}";
     return data;
 }
 

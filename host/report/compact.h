@@ -22,8 +22,8 @@ std::string EncodedEpochs(const std::vector<std::uint32_t>& epochs);
 // Pairs: distance to the next time in seconds, how often it comes in a row.
 std::string EncodedTimes(const std::vector<io::GpsTime>& times);
 
-// The object of JSON that report.js draws from. Residuals are thinned to every n-th epoch when they
-// would take more than `limit` bytes; `thinning` tells n.
+// The object of JSON that report.js draws from. Residuals are thinned to every n-th epoch when all
+// of it would take more than `limit` bytes; `thinning` tells n.
 struct EncodedData {
     std::string json;
     std::uint32_t thinning = 1;

@@ -71,40 +71,69 @@ std::string SkyGrid(double mask) {
     return text;
 }
 
+// A path of SVG in tenths of a unit: the first point of each stroke as it is, the others as steps.
+class Strokes {
+  public:
+    void Begin(const Point& at) {
+        last_ = Tenths(at);
+        path_ += "M" + Text(last_.x) + " " + Text(last_.y) + "l";
+    }
+    void Continue(const Point& at) {
+        const Point next = Tenths(at);
+        const std::string y = Text(next.y - last_.y);
+        path_ += Text(next.x - last_.x) + (y[0] == '-' ? "" : " ") + y + " ";
+        last_ = next;
+    }
+    double DistanceTo(const Point& at) const { return Distance({last_.x / 10, last_.y / 10}, at); }
+    const std::string& Text() const { return path_; }
+
+  private:
+    static Point Tenths(const Point& at) { return {std::round(at.x * 10), std::round(at.y * 10)}; }
+    static std::string Text(double tenths) { return Format("%g", tenths / 10.0); }
+    std::string path_;
+    Point last_;  // tenths, so that steps do not add up their rounding
+};
+
 // The path of a satellite, pen up where it was not observed for a while; points that the eye could
-// not tell apart are left out. Below the mask and above are paths of their own.
+// not tell apart are left out. Below the mask and above are paths of their own. What a wrong orbit
+// puts below the horizon is not drawn.
 std::string SkyPaths(const app::SolveResult& result, const std::vector<session::SkyPoint>& points,
                      double step, const std::string& systemClass) {
-    constexpr double kVisible = 2.5;    // user units between points
+    constexpr double kVisible = 4.0;    // user units between points
     constexpr double kSmallGaps = 3.0;  // steps
     const double mask = result.session.config.elevationMask;
-    std::string paths[2];  // below, above
-    Point last;
+    Strokes low, high;
+    const session::SkyPoint* before = nullptr;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const bool above = points[i].elevation >= mask;
-        const Point at = OnSky(points[i].azimuth, points[i].elevation);
-        const bool connected =
-            i > 0 && io::SecondsBetween(result.fed.times[points[i - 1].epoch],
-                                        result.fed.times[points[i].epoch]) <= kSmallGaps * step;
-        const bool crossed = i > 0 && above != (points[i - 1].elevation >= mask);
-        if (!connected || crossed) {
-            const Point from =
-                connected ? OnSky(points[i - 1].azimuth, points[i - 1].elevation) : at;
-            paths[above ? 1 : 0] += Format("M%.1f %.1f", from.x, from.y);
-            paths[above ? 1 : 0] += Format("L%.1f %.1f", at.x, at.y);
-            last = at;
-        } else if (Distance(last, at) >= kVisible || i + 1 == points.size() ||
-                   above != (points[i + 1].elevation >= mask)) {
-            paths[above ? 1 : 0] += Format("L%.1f %.1f", at.x, at.y);
-            last = at;
+        const session::SkyPoint& point = points[i];
+        if (point.elevation < 0.0) {
+            before = nullptr;
+            continue;
         }
+        const bool above = point.elevation >= mask;
+        Strokes& strokes = above ? high : low;
+        const Point at = OnSky(point.azimuth, point.elevation);
+        const bool connected =
+            before != nullptr &&
+            io::SecondsBetween(result.fed.times[before->epoch], result.fed.times[point.epoch]) <=
+                kSmallGaps * step;
+        const bool crossed = connected && above != (before->elevation >= mask);
+        const bool ends = i + 1 == points.size() || above != (points[i + 1].elevation >= mask) ||
+                          points[i + 1].elevation < 0.0;
+        if (!connected || crossed) {
+            strokes.Begin(connected ? OnSky(before->azimuth, before->elevation) : at);
+            strokes.Continue(at);
+        } else if (ends || strokes.DistanceTo(at) >= kVisible) {
+            strokes.Continue(at);
+        }
+        before = &point;
     }
     std::string text;
-    if (!paths[0].empty()) {
-        text += "<path class=\"path low " + systemClass + "\" d=\"" + paths[0] + "\"/>\n";
+    if (!low.Text().empty()) {
+        text += "<path class=\"path low " + systemClass + "\" d=\"" + low.Text() + "\"/>\n";
     }
-    if (!paths[1].empty()) {
-        text += "<path class=\"path " + systemClass + "\" d=\"" + paths[1] + "\"/>\n";
+    if (!high.Text().empty()) {
+        text += "<path class=\"path " + systemClass + "\" d=\"" + high.Text() + "\"/>\n";
     }
     return text;
 }
@@ -249,7 +278,6 @@ class TrackDrawing {
     }
 
     std::string Row(EngineSatellite satellite, const std::vector<std::uint32_t>& epochs, double y) {
-        const std::string className = SystemClass(satellite.system);
         const double middle = y + kRow / 2.0;
         std::string text = Format("<text class=\"name\" x=\"%g\" y=\"%g\">%s</text>\n", kLeft - 8.0,
                                   middle + 4.0, session::ToString(satellite).c_str());
@@ -264,7 +292,8 @@ class TrackDrawing {
             lines +=
                 Format("M%.1f %gH%.1f", from, middle, std::max(X(stretch.last), from + kLeast));
         }
-        text += "<path class=\"observed " + className + "\" d=\"" + lines + "\"/>\n";
+        text += "<g class=\"" + SystemClass(satellite.system) +
+                "\">\n<path class=\"observed\" d=\"" + lines + "\"/>\n";
         for (const Period& period : timeline_.periods) {
             const auto& candidates = period.references[session::IndexOf(satellite.system)];
             if (!candidates.empty() && candidates.front() == satellite) {
@@ -273,10 +302,10 @@ class TrackDrawing {
         }
         for (const Track& track : timeline_.tracks) {
             if (track.satellite == satellite) {
-                text += TrackBar(track, middle, className);
+                text += TrackBar(track, middle);
             }
         }
-        return text;
+        return text + "</g>\n";
     }
 
     std::string Bar(const Span& span, double middle, const std::string& className,
@@ -286,7 +315,7 @@ class TrackDrawing {
         return Format("<rect class=\"%s\" x=\"%.1f\" y=\"%g\" width=\"%.1f\" height=\"%g\">",
                       className.c_str(), from, middle - kHeight / 2.0,
                       std::max(X(span.last) - from, kLeast), kHeight) +
-               "<title>" + Escaped(title) + "</title></rect>\n";
+               (title.empty() ? "" : "<title>" + Escaped(title) + "</title>") + "</rect>\n";
     }
 
     std::string ReferenceBar(const Span& span, EngineSatellite satellite, bool certain,
@@ -305,7 +334,9 @@ class TrackDrawing {
         return text;
     }
 
-    std::string TrackBar(const Track& track, double middle, const std::string& className) const {
+    std::string TrackBar(const Track& track, double middle) const {
+        // With more of them the table alone tells of each.
+        constexpr std::size_t kTold = 800;
         const session::Ambiguity& a = track.ambiguity;
         std::string title = session::ToString(track.satellite) + ", " +
                             ClockTime(result_, track.epochs.first) + " to " +
@@ -314,7 +345,8 @@ class TrackDrawing {
                             ", " + std::to_string(a.rejected1) + " rejected";
         const char* begin[] = {"", "; begins after a gap", "; begins after a slip"};
         title += begin[static_cast<int>(track.start)];
-        std::string text = Bar(track.epochs, middle, "track " + className, title);
+        std::string text =
+            Bar(track.epochs, middle, "track", timeline_.tracks.size() > kTold ? "" : title);
         const double x = X(track.epochs.first);
         if (track.start == TrackStart::kSlip) {
             text += Format("<path class=\"slip\" d=\"M%.1f %gl-4.5 -7h9z\"/>\n", x, middle + 1.0);

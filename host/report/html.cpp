@@ -96,31 +96,31 @@ std::string List(const std::vector<std::string>& entries) {
     return text + "</ul>\n";
 }
 
-Table::Table(std::string_view caption, const std::vector<std::string>& columns)
-    : caption_(Escaped(caption)) {
-    text_ = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" + caption_ +
-            "\"><table>\n<caption>" + caption_ + "</caption>\n<thead><tr>";
-    for (std::string column : columns) {
-        numbers_.push_back(!column.empty() && column.back() == '#');
-        if (numbers_.back()) {
+Table::Table(std::string_view caption, const std::vector<std::string>& columns) {
+    const std::string name = Escaped(caption);
+    std::string head, numbers;
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        std::string column = columns[i];
+        if (!column.empty() && column.back() == '#') {
             column.pop_back();
+            numbers += (numbers.empty() ? "n" : " n") + std::to_string(i + 1);
         }
-        text_ += std::string("<th scope=\"col\"") + (numbers_.back() ? " class=\"n\">" : ">") +
-                 Escaped(column) + "</th>";
+        head += "<th scope=\"col\">" + Escaped(column) + "</th>";
     }
-    text_ += "</tr></thead>\n<tbody>\n";
+    text_ = "<div class=\"scroll\" role=\"region\" tabindex=\"0\" aria-label=\"" + name +
+            "\"><table class=\"" + numbers + "\">\n<caption>" + name + "</caption>\n<thead><tr>" +
+            head + "</tr></thead>\n<tbody>\n";
 }
 
 Table& Table::Row(const std::vector<std::string>& cells, std::string_view className) {
     text_ += className.empty() ? "<tr>" : "<tr class=\"" + std::string(className) + "\">";
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        const bool number = i < numbers_.size() && numbers_[i];
-        text_ += i == 0 ? "<th scope=\"row\"" : "<td";
-        text_ += std::string(number ? " class=\"n\">" : ">") + Escaped(cells[i]);
-        text_ += i == 0 ? "</th>" : "</td>";
+        const char* const tag = i == 0 ? "th" : "td";
+        text_ += i == 0 ? "<th scope=\"row\">" : "<td>";
+        text_ += Escaped(cells[i]);
+        text_ += std::string("</") + tag + ">";
     }
     text_ += "</tr>\n";
-    ++rows_;
     return *this;
 }
 

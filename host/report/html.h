@@ -23,18 +23,14 @@ std::string List(const std::vector<std::string>& entries);
 class Table {
   public:
     // `caption` is shown above the table. Columns are "text" or "text#": # aligns the column as
-    // numbers.
+    // numbers, by a class of the table, "n3" for the third column, so that cells stay short.
     Table(std::string_view caption, const std::vector<std::string>& columns);
 
     Table& Row(const std::vector<std::string>& cells, std::string_view className = {});
     std::string Html() const;
-    bool Empty() const { return rows_ == 0; }
 
   private:
-    std::string caption_;
-    std::vector<bool> numbers_;
     std::string text_;
-    std::size_t rows_ = 0;
 };
 
 // A number with a proper minus sign, thousands not grouped; "–" when it is not finite.

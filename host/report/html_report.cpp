@@ -30,30 +30,34 @@ std::string Filled(std::string_view page, const std::map<std::string_view, std::
 }  // namespace
 
 std::string HtmlReport(const app::SolveResult& result) {
-    // What the residuals may take: the rest of the page of a day with four systems stays below the
-    // remainder.
-    constexpr std::size_t kResidualRoom = 400'000;
     const Timeline timeline = MakeTimeline(result);
-    const EncodedData data = EncodeData(result, timeline, kResidualRoom);
     const session::Session& s = result.session;
-    const std::string body = SummarySection(result) + VectorSection(result) +
-                             StationSection(result) + SatelliteSection(result, timeline) +
-                             ResidualSection(result, timeline, data.thinning) +
-                             FixingSection(result, timeline) + DataSection(result) +
-                             SettingSection(result) + InputSection(result) + OriginSection(result);
-    return Filled(PageAsset(),
-                  {{"title", Escaped("Baseline " + s.base.name + " \xE2\x80\x93 " + s.rover.name)},
-                   {"base", Escaped(s.base.name)},
-                   {"rover", Escaped(s.rover.name)},
-                   {"made", Escaped(result.startedUtc)},
-                   {"version", Escaped(result.version)},
-                   {"style", std::string(StyleAsset())},
-                   {"chart-style", std::string(ChartStyleAsset())},
-                   {"chart-script", std::string(ChartScriptAsset())},
-                   {"chart-licence", std::string(ChartLicenceAsset())},
-                   {"script", std::string(ScriptAsset())},
-                   {"data", data.json},
-                   {"body", body}});
+    const std::string before = SummarySection(result) + VectorSection(result) +
+                               StationSection(result) + SatelliteSection(result, timeline);
+    const std::string after = FixingSection(result, timeline) + DataSection(result) +
+                              SettingSection(result) + InputSection(result) + OriginSection(result);
+    std::map<std::string_view, std::string> values = {
+        {"title", Escaped("Baseline " + s.base.name + " \xE2\x80\x93 " + s.rover.name)},
+        {"base", Escaped(s.base.name)},
+        {"rover", Escaped(s.rover.name)},
+        {"made", Escaped(result.startedUtc)},
+        {"version", Escaped(result.version)},
+        {"style", std::string(StyleAsset())},
+        {"chart-style", std::string(ChartStyleAsset())},
+        {"chart-script", std::string(ChartScriptAsset())},
+        {"chart-licence", std::string(ChartLicenceAsset())},
+        {"script", std::string(ScriptAsset())}};
+    // The data take what the rest leaves.
+    constexpr std::size_t kResidualText = 2'000, kLeast = 50'000;
+    std::size_t rest = PageAsset().size() + before.size() + after.size() + kResidualText;
+    for (const auto& [name, value] : values) {
+        rest += value.size();
+    }
+    const std::size_t room = kPageLimit > rest + kLeast ? kPageLimit - rest : kLeast;
+    const EncodedData data = EncodeData(result, timeline, room);
+    values["body"] = before + ResidualSection(result, timeline, data.thinning) + after;
+    values["data"] = data.json;
+    return Filled(PageAsset(), values);
 }
 
 }  // namespace vornel::report

@@ -502,7 +502,7 @@ std::string FixedGauges(const SolveResult& result) {
         const auto share = [](std::size_t part, std::size_t of) {
             return of == 0 ? 0.0 : static_cast<double>(part) / static_cast<double>(of);
         };
-        text += "<div><h4>Fixed, " + Escaped(model) + "</h4>\n<dl>\n<dt>Ratio</dt><dd>" +
+        text += "<div><h3>Fixed, " + Escaped(model) + "</h3>\n<dl>\n<dt>Ratio</dt><dd>" +
                 Gauge(OnRatioScale(fixed.ratio), OnRatioScale(threshold),
                       "Ratio, from 1 to 99 in a logarithmic scale") +
                 "<span>" + Escaped(ratio) + "</span></dd>\n<dt>Tracks with an integer</dt><dd>" +
