@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 
 #include <csignal>
+#include <nlohmann/json.hpp>
 
 #include "command_fixture.h"
 
@@ -43,6 +44,47 @@ TEST_F(OutputFiles, AnInterruptLeavesNothingBehind) {
         EXPECT_EQ(WTERMSIG(status), signal);
         EXPECT_TRUE(FilesInFolder().empty());
     }
+}
+
+// A run of some tenths of a second, interrupted early and late: what is there afterwards is whole.
+TEST_F(OutputFiles, AnInterruptedRunLeavesWholeFilesOrNone) {
+    const std::string ebre = (test::ProjectFolder() / "tests/data/baselines/ebre-bell").string();
+    const std::vector<std::string> words = {"solve",
+                                            "--base",
+                                            ebre + "/ebre0300.02o.xz",
+                                            "--rover",
+                                            ebre + "/bell0300.02o.xz",
+                                            ebre + "/brdc0300.02n.xz",
+                                            "--json",
+                                            Path("out.json"),
+                                            "--csv",
+                                            Path("out.csv")};
+    std::size_t interrupted = 0;
+    for (int milliseconds = 5; milliseconds < 700; milliseconds += 80) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            InstallInterruptHandlers();
+            Vornel(words);
+            ::_exit(0);
+        }
+        ::usleep(static_cast<useconds_t>(1000 * milliseconds));
+        ::kill(child, SIGINT);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        interrupted += WIFSIGNALED(status) ? 1 : 0;
+        for (const std::string& name : FilesInFolder()) {
+            const std::string content = Read(Path(name));
+            if (name == "out.json") {
+                EXPECT_TRUE(nlohmann::json::accept(content));
+            } else {
+                EXPECT_EQ(name, "out.csv");
+                EXPECT_EQ(content.substr(content.size() - 1), "\n");
+            }
+            std::filesystem::remove(Path(name));
+        }
+    }
+    EXPECT_GT(interrupted, 0U);
 }
 
 TEST_F(OutputFiles, PlacesThatCannotBeWrittenAreNamed) {
