@@ -76,7 +76,8 @@ class Strokes {
   public:
     void Begin(const Point& at) {
         last_ = Tenths(at);
-        path_ += "M" + Text(last_.x) + " " + Text(last_.y) + "l";
+        path_ += 'M';
+        path_ += Text(last_.x) + " " + Text(last_.y) + "l";
     }
     void Continue(const Point& at) {
         const Point next = Tenths(at);
