@@ -423,7 +423,7 @@ nlohmann::ordered_json JsonReport(const SolveResult& result) {
             {"orbits", OrbitsJson(s)},
             {"ionosphere", IonosphereJson(s)},
             {"left_out", LeftOutJson(result)},
-            {"notes", s.notes},
+            {"notes", NotesOfRun(result)},
             {"warnings", AllWarnings(result)},
             {"settings", SettingsJson(s.settings)},
             {"engine_config", EngineConfigJson(s.config)},

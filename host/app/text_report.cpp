@@ -140,7 +140,9 @@ std::string PositionLine(const session::Station& station, const char* role) {
                               station.position[1], station.position[2],
                               session::PositionSourceName(station.positionSource));
     if (station.offFromCode) {
-        text += Format(", %.1f m from code", *station.offFromCode);
+        const bool replaced = station.positionSource == session::PositionSource::kCode;
+        text += Format(replaced ? "; the header is %.1f m off" : ", %.1f m from code",
+                       *station.offFromCode);
     }
     return Wrapped(Format("  %-6s", role), text + ")", kUnderRole);
 }
@@ -252,6 +254,22 @@ std::string AdviceWithoutSolution(session::StatusKind kind) {
                "help.";
     }
     return "See `vornel info` for what the files hold.";
+}
+
+// Systems that were wanted and observed, and are not in the solution.
+std::vector<std::string> SystemsWithoutPart(const SolveResult& result) {
+    const Solution* best = result.outcome.Best();
+    std::vector<std::string> notes;
+    for (const EngineSystem system : session::kEngineSystems) {
+        const std::size_t observed = result.fed.systems[session::IndexOf(system)].satellites;
+        if (best != nullptr && observed > 0 && SatellitesWithResiduals(*best, system) == 0) {
+            notes.push_back(std::string(session::NameOf(system)) + ": " +
+                            Plural(observed, "satellite") +
+                            " observed by both, but no two of them long enough above the elevation "
+                            "mask with the signals of the model");
+        }
+    }
+    return notes;
 }
 
 }  // namespace
@@ -422,9 +440,16 @@ std::string VerdictReason(const SolveResult& result) {
     return std::string(end.text) + ". " + AdviceWithoutSolution(end.kind);
 }
 
+std::vector<std::string> NotesOfRun(const SolveResult& result) {
+    std::vector<std::string> notes = result.session.notes;
+    const std::vector<std::string> more = SystemsWithoutPart(result);
+    notes.insert(notes.end(), more.begin(), more.end());
+    return notes;
+}
+
 std::vector<std::string> AllNotes(const SolveResult& result) {
     constexpr std::size_t kShown = 5;
-    std::vector<std::string> notes = result.session.notes;
+    std::vector<std::string> notes = NotesOfRun(result);
     const auto ofReaders = session::NotesOfReaders(result.session.inputs);
     for (std::size_t i = 0; i < std::min(kShown, ofReaders.size()); ++i) {
         const session::FileNote& note = ofReaders[i];

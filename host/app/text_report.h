@@ -36,6 +36,7 @@ std::string IonosphereText(const session::Session& session);
 std::vector<std::string> LeftOut(const SolveResult& result);
 
 // Of the session, and the first ones of the readers.
+std::vector<std::string> NotesOfRun(const SolveResult& result);  // without those on the files
 std::vector<std::string> AllNotes(const SolveResult& result);
 
 // Of the session and of the solution.

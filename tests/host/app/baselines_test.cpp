@@ -101,6 +101,9 @@ TEST_F(Baselines, CiboureWithoutAntennaOffsets) {
     const Vector3 error = Error(json.at("solution"), kCiboure);
     EXPECT_LT(std::hypot(error[0], error[1]), 0.020);
     EXPECT_LT(std::abs(error[2]), 0.070);
+    // One BeiDou satellite alone has a second frequency in the file of SCOA.
+    EXPECT_THAT(json.at("notes").dump(),
+                testing::HasSubstr("BeiDou: 14 satellites observed by both, but no two of them"));
     // No ANTEX, and two kinds of antenna.
     EXPECT_THAT(json.at("warnings").dump(), testing::HasSubstr("no ANTEX file is given"));
     EXPECT_THAT(text_, testing::HasSubstr("12 > 14 > 21 > 31 > 52 > 71 > 33\n  > 55 > 73"));
@@ -240,6 +243,21 @@ TEST_F(Baselines, PiecesOfAStationGiveTheWhole) {
     const auto pieces = Solve(words, 0);
     EXPECT_EQ(whole.at("solutions"), pieces.at("solutions"));
     EXPECT_EQ(pieces.at("session").at("epochs"), 120);
+}
+
+TEST_F(Baselines, ARoverFarFromItsHeaderIsMoved) {
+    std::string rover = Unpacked(DemoRover());
+    rover.replace(rover.find("4075578.4000"), 12, "4075978.4000");
+    auto words = DemoSolve();
+    words[4] = Write("far.rnx", rover);
+    const auto json = Solve(words, 0);
+    EXPECT_THAT(text_, testing::ContainsRegex(
+                           "rover WTZZ00DEU: [0-9. ]+\\(code; the header is (39|40)[0-9]"));
+    EXPECT_THAT(json.at("warnings").dump(),
+                testing::HasSubstr("the code position is used instead"));
+    for (const double component : Error(json.at("solution"), kWettzell)) {
+        EXPECT_LT(std::abs(component), 0.010);
+    }
 }
 
 TEST_F(Baselines, WhatTheReadersSayIsPassedOn) {
