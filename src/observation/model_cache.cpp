@@ -22,7 +22,8 @@ ModelledSatellite ModelCache::Refreshed(ModelForm form, SDObsData& record, int e
     }
     const auto f = static_cast<std::size_t>(form);
     if (!entry.hasBase[f]) {
-        entry.base[f] = base_->Delays(form, record.epoch, std::as_const(record).azelB[satNumber - 1]);
+        entry.base[f] =
+            base_->Delays(form, record.epoch, std::as_const(record).azelB[satNumber - 1]);
         entry.hasBase[f] = true;
     }
     entry.modelled = RefreshModel(form, record, satNumber, *rover_, base, entry.base[f]);
