@@ -175,8 +175,7 @@ std::string VectorTable(const SolveResult& result, const Solution& best) {
     const session::Geodetic place = session::ToGeodetic(result.session.base.position);
     const Vector3 neu = session::ToNeu(place, best.vector);
     const Vector3 deviations = app::NeuDeviations(best, place);
-    Table table("Rover minus base, from marker to marker",
-                {"Component", "Value (m)#", "Std. dev. (mm)#"});
+    Table table("Vector, marker to marker", {"Component", "Value (m)#", "Std. dev. (mm)#"});
     const char* geocentric[] = {"\xCE\x94X", "\xCE\x94Y", "\xCE\x94Z"};
     for (std::size_t i = 0; i < 3; ++i) {
         table.Row({geocentric[i], Metres(best.vector[i]),
