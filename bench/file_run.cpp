@@ -4,11 +4,11 @@
 #include <string>
 #include <utility>
 
-#include "app/json_report.h"
-#include "app/solve_result.h"
-#include "app/text_report.h"
 #include "measure.h"
+#include "report/json_report.h"
+#include "report/text_report.h"
 #include "session/session.h"
+#include "session/solve_result.h"
 
 int main(int argc, char** argv) {
     if (argc < 3) {
@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     const double start = bench::ProcessorSeconds();
     session::Inputs inputs = session::ReadInputs(paths, session::SelectionFor(settings.values));
     const double read = bench::ProcessorSeconds();
-    app::SolveResult result;
+    session::SolveResult result;
     result.session = session::PrepareSession(std::move(inputs), std::move(settings));
     double handedOver = 0.0;
     {
@@ -35,8 +35,8 @@ int main(int argc, char** argv) {
         result.outcome = session::Run(result.session, engine);
     }
     const double done = bench::ProcessorSeconds();
-    const std::string text = app::TextReport(result);
-    const std::string json = app::JsonText(app::JsonReport(result));
+    const std::string text = report::TextReport(result);
+    const std::string json = report::JsonText(report::JsonReport(result));
     const double reported = bench::ProcessorSeconds();
     std::printf(
         "{\"epochs\": %zu, \"read_s\": %.4f, \"input_s\": %.4f, \"run_s\": %.4f, \"report_s\": "

@@ -8,21 +8,24 @@
 #include <ostream>
 
 #include "app/command_line.h"
-#include "app/csv_report.h"
-#include "app/exit_codes.h"
 #include "app/info_report.h"
-#include "app/json_report.h"
 #include "app/output_file.h"
 #include "app/progress_line.h"
-#include "app/solve_result.h"
 #include "app/stderr_capture.h"
-#include "app/text_report.h"
 #include "app/toml_config.h"
+#include "report/csv_report.h"
+#include "report/exit_codes.h"
 #include "report/html_report.h"
+#include "report/json_report.h"
+#include "report/text_report.h"
 #include "session/fault.h"
+#include "session/solve_result.h"
 
 namespace vornel::app {
 namespace {
+
+using report::CodeOf;
+using session::SolveResult;
 
 constexpr const char* kStandardOutput = "-";
 
@@ -116,17 +119,17 @@ int SolveCommand(SolveArguments arguments, const std::string& commandLine,
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 
     if (!arguments.json.empty()) {
-        WriteOutput(arguments.json, JsonText(JsonReport(result)), around.out);
+        WriteOutput(arguments.json, report::JsonText(report::JsonReport(result)), around.out);
     }
     if (!arguments.csv.empty()) {
-        WriteOutput(arguments.csv, CsvReport(result), around.out);
+        WriteOutput(arguments.csv, report::CsvReport(result), around.out);
     }
     if (!arguments.report.empty()) {
         WriteOutput(arguments.report, report::HtmlReport(result), around.out);
     }
     if (arguments.json != kStandardOutput && arguments.csv != kStandardOutput &&
         arguments.report != kStandardOutput) {
-        around.out << TextReport(result);
+        around.out << report::TextReport(result);
     }
     if (arguments.verbose) {
         around.err << result.engineLines;

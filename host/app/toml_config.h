@@ -4,10 +4,12 @@
 #include <stdexcept>
 #include <string>
 
-#include "app/exit_codes.h"
+#include "report/exit_codes.h"
 #include "session/settings.h"
 
 namespace vornel::app {
+
+using report::ExitCode;
 
 // What is wrong with a configuration file; the text begins with "FILE:LINE: ".
 class ConfigError : public std::runtime_error {

@@ -98,7 +98,7 @@ std::string EncodedTimes(const std::vector<io::GpsTime>& times) {
     return text;
 }
 
-EncodedData EncodeData(const app::SolveResult& result, const Timeline& timeline,
+EncodedData EncodeData(const session::SolveResult& result, const Timeline& timeline,
                        std::size_t limit) {
     const auto& times = result.fed.times;
     std::string json = "{\"start\":";

@@ -28,6 +28,7 @@ struct EncodedData {
     std::string json;
     std::uint32_t thinning = 1;
 };
-EncodedData EncodeData(const app::SolveResult& result, const Timeline& timeline, std::size_t limit);
+EncodedData EncodeData(const session::SolveResult& result, const Timeline& timeline,
+                       std::size_t limit);
 
 }  // namespace vornel::report

@@ -98,8 +98,9 @@ class Strokes {
 // The path of a satellite, pen up where it was not observed for a while; points that the eye could
 // not tell apart are left out. Below the mask and above are paths of their own. What a wrong orbit
 // puts below the horizon is not drawn.
-std::string SkyPaths(const app::SolveResult& result, const std::vector<session::SkyPoint>& points,
-                     double step, const std::string& systemClass) {
+std::string SkyPaths(const session::SolveResult& result,
+                     const std::vector<session::SkyPoint>& points, double step,
+                     const std::string& systemClass) {
     constexpr double kVisible = 4.0;    // user units between points
     constexpr double kSmallGaps = 3.0;  // steps
     const double mask = result.session.config.elevationMask;
@@ -199,7 +200,7 @@ double TickStep(double length, double count) {
 
 class TrackDrawing {
   public:
-    TrackDrawing(const app::SolveResult& result, const Timeline& timeline)
+    TrackDrawing(const session::SolveResult& result, const Timeline& timeline)
         : result_(result), timeline_(timeline) {
         const auto& times = result.fed.times;
         length_ = std::max(1.0, io::SecondsBetween(times.front(), times.back()));
@@ -369,7 +370,7 @@ class TrackDrawing {
         return text;
     }
 
-    const app::SolveResult& result_;
+    const session::SolveResult& result_;
     const Timeline& timeline_;
     double length_ = 1.0;  // s
     double height_ = 0.0;
@@ -377,7 +378,7 @@ class TrackDrawing {
 
 }  // namespace
 
-std::string SkyPlot(const app::SolveResult& result, const Sky& sky) {
+std::string SkyPlot(const session::SolveResult& result, const Sky& sky) {
     std::string text =
         "<svg class=\"sky\" viewBox=\"0 0 520 520\" role=\"img\" "
         "aria-labelledby=\"sky-title sky-desc\">\n"
@@ -424,11 +425,11 @@ std::string SkyPlot(const app::SolveResult& result, const Sky& sky) {
     return text + labels + "</svg>\n";
 }
 
-std::string TrackPlot(const app::SolveResult& result, const Timeline& timeline) {
+std::string TrackPlot(const session::SolveResult& result, const Timeline& timeline) {
     return TrackDrawing(result, timeline).Svg();
 }
 
-std::string ClockTime(const app::SolveResult& result, std::uint32_t epoch) {
+std::string ClockTime(const session::SolveResult& result, std::uint32_t epoch) {
     const auto& times = result.fed.times;
     constexpr std::size_t kDate = 11;  // "2020-06-25 "
     const std::string text = io::FormatTime(times[epoch], 0);

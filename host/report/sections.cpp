@@ -4,22 +4,22 @@
 #include <cmath>
 #include <set>
 
-#include "app/exit_codes.h"
-#include "app/text_report.h"
 #include "report/drawings.h"
+#include "report/exit_codes.h"
 #include "report/html.h"
+#include "report/text_report.h"
 #include "session/status.h"
 #include "session/text.h"
 
 namespace vornel::report {
 namespace {
 
-using app::SolveResult;
 using session::Acceptance;
 using session::EngineSystem;
 using session::Format;
 using session::Plural;
 using session::Solution;
+using session::SolveResult;
 using session::Vector3;
 
 constexpr double kToMm = 1000.0;
@@ -81,8 +81,8 @@ struct Flag {
 Flag FlagOf(const SolveResult& result) {
     switch (result.outcome.acceptance) {
         case Acceptance::kFixed:
-            return app::AllWarnings(result).empty() ? Flag{"pass", "Pass", "\xE2\x9C\x93"}
-                                                    : Flag{"flag", "Check", "!"};
+            return AllWarnings(result).empty() ? Flag{"pass", "Pass", "\xE2\x9C\x93"}
+                                               : Flag{"flag", "Check", "!"};
         case Acceptance::kFloat:
         case Acceptance::kTripleDifference:
             return {"flag", "Check", "!"};
@@ -106,7 +106,7 @@ std::string Duration(double seconds) {
 std::string Figures(const SolveResult& result, const Solution& best) {
     const session::Geodetic place = session::ToGeodetic(result.session.base.position);
     const Vector3 neu = session::ToNeu(place, best.vector);
-    const Vector3 deviations = app::NeuDeviations(best, place);
+    const Vector3 deviations = NeuDeviations(best, place);
     std::string text = "<dl class=\"figures\">\n";
     text += Figure("Length", Metres(session::Length(best.vector)) + " m",
                    "\xC2\xB1 " + Millimetres(best.sigmaLength) + " mm");
@@ -128,7 +128,7 @@ std::string Figures(const SolveResult& result, const Solution& best) {
                    Plural(ResidualCount(best), "residual"));
     std::size_t satellites = 0;
     for (const EngineSystem system : session::kEngineSystems) {
-        satellites += app::SatellitesWithResiduals(best, system);
+        satellites += SatellitesWithResiduals(best, system);
     }
     text += Figure("Satellites", std::to_string(satellites), "beside the references");
     return text + "</dl>\n";
@@ -149,7 +149,7 @@ std::string SpanText(const SolveResult& result) {
 }
 
 std::string Warnings(const SolveResult& result) {
-    const auto warnings = app::AllWarnings(result);
+    const auto warnings = AllWarnings(result);
     if (warnings.empty()) {
         return {};
     }
@@ -174,7 +174,7 @@ std::string CovarianceTable(const char* caption, const std::array<const char*, 3
 std::string VectorTable(const SolveResult& result, const Solution& best) {
     const session::Geodetic place = session::ToGeodetic(result.session.base.position);
     const Vector3 neu = session::ToNeu(place, best.vector);
-    const Vector3 deviations = app::NeuDeviations(best, place);
+    const Vector3 deviations = NeuDeviations(best, place);
     Table table("Vector, marker to marker", {"Component", "Value (m)#", "Std. dev. (mm)#"});
     const char* geocentric[] = {"\xCE\x94X", "\xCE\x94Y", "\xCE\x94Z"};
     for (std::size_t i = 0; i < 3; ++i) {
@@ -578,12 +578,12 @@ std::string SystemTable(const SolveResult& result) {
             table.Row({session::NameOf(system), "off", "", "", "", ""}, "unused");
             continue;
         }
-        const std::size_t used = best == nullptr ? 0 : app::SatellitesWithResiduals(*best, system);
+        const std::size_t used = best == nullptr ? 0 : SatellitesWithResiduals(*best, system);
         const bool any = fed.satellites > 0;
         table.Row({session::NameOf(system), std::to_string(fed.epochs),
                    std::to_string(fed.satellites), std::to_string(used),
-                   any ? app::TrackingCodes(result.session.signals, system, false) : kNone,
-                   any ? app::TrackingCodes(result.session.signals, system, true) : kNone},
+                   any ? TrackingCodes(result.session.signals, system, false) : kNone,
+                   any ? TrackingCodes(result.session.signals, system, true) : kNone},
                   any ? "" : "unused");
     }
     return table.Html();
@@ -624,8 +624,8 @@ std::string SummarySection(const SolveResult& result) {
     std::string text = std::string("<div class=\"verdict ") + flag.className +
                        "\"><p class=\"badge\"><span class=\"sign\" aria-hidden=\"true\">" +
                        flag.sign + "</span> <strong>" + flag.word +
-                       "</strong> <span class=\"kind\">" + Escaped(app::Verdict(result.outcome)) +
-                       "</span></p>\n" + Paragraph(app::VerdictReason(result)) + "</div>\n";
+                       "</strong> <span class=\"kind\">" + Escaped(Verdict(result.outcome)) +
+                       "</span></p>\n" + Paragraph(VerdictReason(result)) + "</div>\n";
     if (best != nullptr) {
         text += Figures(result, *best);
     }
@@ -782,15 +782,15 @@ std::string FixingSection(const SolveResult& result, const Timeline& timeline) {
 
 std::string DataSection(const SolveResult& result) {
     const session::Session& s = result.session;
-    std::string text = SystemTable(result) + Pairs({{"Orbits", app::OrbitText(s)},
-                                                    {"Records dropped", app::DroppedText(s)},
-                                                    {"Ionosphere", app::IonosphereText(s)},
+    std::string text = SystemTable(result) + Pairs({{"Orbits", OrbitText(s)},
+                                                    {"Records dropped", DroppedText(s)},
+                                                    {"Ionosphere", IonosphereText(s)},
                                                     {"Epochs left out", EpochLosses(s)}});
-    const auto leftOut = app::LeftOut(result);
+    const auto leftOut = LeftOut(result);
     if (!leftOut.empty()) {
         text += Heading("Left out") + List(leftOut);
     }
-    const auto notes = app::AllNotes(result);
+    const auto notes = AllNotes(result);
     if (!notes.empty()) {
         text += Heading("Notes") + List(notes);
     }
@@ -825,13 +825,13 @@ std::string InputSection(const SolveResult& result) {
 
 std::string OriginSection(const SolveResult& result) {
     const session::StatusEntry& end = session::DescribeStatus(result.outcome.results.status);
-    const auto code = app::CodeOf(result.outcome.acceptance, result.outcome.results.status);
+    const auto code = CodeOf(result.outcome.acceptance, result.outcome.results.status);
     std::string text = Pairs(
-        {{"Model", app::ModelText(result)},
+        {{"Model", ModelText(result)},
          {"Status",
           Format("%d: ", result.outcome.results.status) + end.text +
               (result.outcome.completed ? "" : "; an error inside the engine ended the run there")},
-         {"Way there", app::ChainText(result.outcome)},
+         {"Way there", ChainText(result.outcome)},
          {"Exit code", std::to_string(static_cast<int>(code))},
          {"Program", "vornel " + result.version},
          {"Started", result.startedUtc},

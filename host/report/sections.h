@@ -7,16 +7,16 @@
 
 namespace vornel::report {
 
-std::string SummarySection(const app::SolveResult& result);
-std::string VectorSection(const app::SolveResult& result);
-std::string StationSection(const app::SolveResult& result);
-std::string ResidualSection(const app::SolveResult& result, const Timeline& timeline,
+std::string SummarySection(const session::SolveResult& result);
+std::string VectorSection(const session::SolveResult& result);
+std::string StationSection(const session::SolveResult& result);
+std::string ResidualSection(const session::SolveResult& result, const Timeline& timeline,
                             std::uint32_t thinning);
-std::string SatelliteSection(const app::SolveResult& result, const Timeline& timeline);
-std::string FixingSection(const app::SolveResult& result, const Timeline& timeline);
-std::string DataSection(const app::SolveResult& result);
-std::string SettingSection(const app::SolveResult& result);
-std::string InputSection(const app::SolveResult& result);
-std::string OriginSection(const app::SolveResult& result);
+std::string SatelliteSection(const session::SolveResult& result, const Timeline& timeline);
+std::string FixingSection(const session::SolveResult& result, const Timeline& timeline);
+std::string DataSection(const session::SolveResult& result);
+std::string SettingSection(const session::SolveResult& result);
+std::string InputSection(const session::SolveResult& result);
+std::string OriginSection(const session::SolveResult& result);
 
 }  // namespace vornel::report

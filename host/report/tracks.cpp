@@ -95,7 +95,7 @@ std::size_t PeriodOf(const std::vector<Period>& periods, std::uint32_t epoch) {
 }
 
 // Whether the common observations of a satellite miss an epoch between two others.
-bool Interrupted(const app::SolveResult& result, EngineSatellite satellite, std::uint32_t from,
+bool Interrupted(const session::SolveResult& result, EngineSatellite satellite, std::uint32_t from,
                  std::uint32_t to) {
     const auto found = result.fed.common.find(satellite);
     if (found == result.fed.common.end()) {
@@ -113,7 +113,7 @@ bool Interrupted(const app::SolveResult& result, EngineSatellite satellite, std:
     return epochMissing || static_cast<std::uint32_t>(end - begin) != to - from + 1;
 }
 
-std::vector<Track> Tracks(const app::SolveResult& result, const Solution& solution,
+std::vector<Track> Tracks(const session::SolveResult& result, const Solution& solution,
                           const std::vector<Period>& periods) {
     const Solution* floating = FloatOf(result.outcome.results, solution);
     std::vector<Track> tracks;
@@ -148,7 +148,7 @@ std::vector<Track> Tracks(const app::SolveResult& result, const Solution& soluti
     return tracks;
 }
 
-bool LeftOutWhole(const app::SolveResult& result, EngineSatellite satellite) {
+bool LeftOutWhole(const session::SolveResult& result, EngineSatellite satellite) {
     const session::Session& s = result.session;
     const auto& exclusions = s.settings.values.exclusions;
     return s.leftOut.withoutOrbit.contains(satellite) ||
@@ -185,7 +185,7 @@ double ElevationIn(const Timeline& timeline, EngineSatellite satellite, const Sp
 }
 
 // Satellites with an ambiguity in a stretch, in whichever solution.
-void AddEstimated(const app::SolveResult& result, const Span& span,
+void AddEstimated(const session::SolveResult& result, const Span& span,
                   std::set<EngineSatellite>& estimated) {
     const session::EngineResults& results = result.outcome.results;
     for (const auto* solutions : {&results.floats, &results.fixeds}) {
@@ -200,7 +200,7 @@ void AddEstimated(const app::SolveResult& result, const Span& span,
     }
 }
 
-std::vector<EngineSatellite> ReferenceCandidates(const app::SolveResult& result,
+std::vector<EngineSatellite> ReferenceCandidates(const session::SolveResult& result,
                                                  const Timeline& timeline, const Span& period,
                                                  EngineSystem system) {
     std::set<std::uint32_t> used;  // epochs with residuals of the system
@@ -247,7 +247,7 @@ std::vector<EngineSatellite> ReferenceCandidates(const app::SolveResult& result,
 
 // So many nodes of a satellite's path serve an elevation to some hundredths of a degree, and no
 // more than a page has room for.
-double SkyStep(const app::SolveResult& result) {
+double SkyStep(const session::SolveResult& result) {
     constexpr double kNodes = 720.0;
     constexpr double kLeast = 60.0;  // s
     const double length = io::SecondsBetween(result.fed.times.front(), result.fed.times.back());
@@ -284,7 +284,7 @@ std::vector<Span> DerivedPeriods(const std::vector<io::GpsTime>& times, double l
     return periods;
 }
 
-Timeline MakeTimeline(const app::SolveResult& result) {
+Timeline MakeTimeline(const session::SolveResult& result) {
     Timeline timeline;
     if (result.fed.times.empty()) {
         return timeline;

@@ -14,8 +14,8 @@
 #include <map>
 #include <vector>
 
-#include "app/solve_result.h"
 #include "session/sky.h"
+#include "session/solve_result.h"
 
 namespace vornel::report {
 
@@ -76,7 +76,7 @@ struct Timeline {
 };
 
 // Of the accepted solution. Empty but for the sky when there is none with ambiguities.
-Timeline MakeTimeline(const app::SolveResult& result);
+Timeline MakeTimeline(const session::SolveResult& result);
 
 // The parts of it.
 std::vector<Span> DerivedPeriods(const std::vector<io::GpsTime>& times, double length,

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "app/exit_codes.h"
 #include "command_fixture.h"
+#include "report/exit_codes.h"
 #include "session/settings.h"
 
 namespace vornel::app {
@@ -59,7 +59,7 @@ TEST_F(Command, ManualAndCompletionKnowEveryOption) {
         EXPECT_THAT(manual, HasSubstr(inManual)) << option;
         EXPECT_THAT(completion, HasSubstr(option + " ")) << option;
     }
-    for (const ExitCodeEntry& entry : AllExitCodes()) {
+    for (const report::ExitCodeEntry& entry : report::AllExitCodes()) {
         EXPECT_THAT(manual, HasSubstr("\n.B " + std::to_string(static_cast<int>(entry.code)) +
                                       "\n" + entry.meaning + "\n"));
     }

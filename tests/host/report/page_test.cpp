@@ -344,8 +344,8 @@ void AddOrbit(session::Session& s, EngineSatellite satellite) {
 
 // Sixty satellites without a break, residuals of ten millimetres, every track cut twice in each
 // period: more than a day of four systems brings.
-app::SolveResult BusyDay(int blocks) {
-    app::SolveResult result;
+session::SolveResult BusyDay(int blocks) {
+    session::SolveResult result;
     session::Session& s = result.session;
     test::ObservationMaker maker("C1C L1C");
     for (std::uint32_t i = 0; i < kEpochs; ++i) {
@@ -400,7 +400,7 @@ app::SolveResult BusyDay(int blocks) {
 }
 
 TEST(BusyDayPage, FitsIntoAMegabyteWithEveryResidual) {
-    const app::SolveResult result = BusyDay(1);
+    const session::SolveResult result = BusyDay(1);
     const std::string html = HtmlReport(result);
     EXPECT_LT(html.size(), kPageLimit);
     const StrictReader page(html);
@@ -418,7 +418,7 @@ TEST(BusyDayPage, FitsIntoAMegabyteWithEveryResidual) {
 }
 
 TEST(BusyDayPage, IsThinnedRatherThanLarge) {
-    app::SolveResult result = BusyDay(2);
+    session::SolveResult result = BusyDay(2);
     // Residuals of metres take three characters each.
     for (session::ResidualSeries& series : result.outcome.results.fixeds[0].residuals) {
         for (session::ResidualPoint& point : series.points) {

@@ -112,7 +112,7 @@ class References : public test::CommandFixture {
         }
     }
 
-    app::SolveResult result_;
+    session::SolveResult result_;
     Timeline timeline_;
 };
 

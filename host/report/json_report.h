@@ -4,17 +4,17 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "app/solve_result.h"
+#include "session/solve_result.h"
 
-namespace vornel::app {
+namespace vornel::report {
 
 // Raised in its first number when a field changes its meaning or goes, in its second when one is
 // added.
 inline constexpr const char* kJsonSchema = "vornel-solve/1.0";
 
-nlohmann::ordered_json JsonReport(const SolveResult& result);
+nlohmann::ordered_json JsonReport(const session::SolveResult& result);
 
 // With a line break at the end.
 std::string JsonText(const nlohmann::ordered_json& json);
 
-}  // namespace vornel::app
+}  // namespace vornel::report

@@ -9,7 +9,7 @@
 #include "session/session.h"
 #include "session/status.h"
 
-namespace vornel::app {
+namespace vornel::report {
 
 enum class ExitCode : int {
     kFixed = 0,  // also: info, config, --help and --version did what they were asked
@@ -61,4 +61,4 @@ ExitCode CodeOf(session::Fault fault);
 // Of a run that took place.
 ExitCode CodeOf(session::Acceptance acceptance, int status);
 
-}  // namespace vornel::app
+}  // namespace vornel::report

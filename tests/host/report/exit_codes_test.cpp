@@ -1,13 +1,13 @@
-#include "app/exit_codes.h"
+#include "report/exit_codes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <set>
 
-#include "command_fixture.h"
+#include "app/command_fixture.h"
 
-namespace vornel::app {
+namespace vornel::report {
 namespace {
 
 TEST(ExitCodes, TheDocumentTellsEveryCodeInTheSameWords) {
@@ -56,4 +56,4 @@ TEST(ExitCodes, RunsEndBelow20ByMeaning) {
 }
 
 }  // namespace
-}  // namespace vornel::app
+}  // namespace vornel::report

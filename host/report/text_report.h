@@ -5,21 +5,21 @@
 #include <string>
 #include <vector>
 
-#include "app/solve_result.h"
+#include "session/solve_result.h"
 
-namespace vornel::app {
+namespace vornel::report {
 
-std::string TextReport(const SolveResult& result);
+std::string TextReport(const session::SolveResult& result);
 
 // The one-line verdict, without the station names: "FIXED", "FLOAT", ...
 std::string Verdict(const session::RunOutcome& outcome);
 
 // Why, and what to do about it when there is no fixed solution.
-std::string VerdictReason(const SolveResult& result);
+std::string VerdictReason(const session::SolveResult& result);
 
 // "Model 1, first frequency (automatic: a short baseline, or one frequency)"; empty when the run did
 // not come to choosing one.
-std::string ModelText(const SolveResult& result);
+std::string ModelText(const session::SolveResult& result);
 
 // The statuses on the way: "12 > 14 > 21".
 std::string ChainText(const session::RunOutcome& outcome);
@@ -33,14 +33,15 @@ std::string DroppedText(const session::Session& session);
 std::string IonosphereText(const session::Session& session);
 
 // What of the observations was left out, one sentence each.
-std::vector<std::string> LeftOut(const SolveResult& result);
+std::vector<std::string> LeftOut(const session::SolveResult& result);
 
 // Of the session, and the first ones of the readers.
-std::vector<std::string> NotesOfRun(const SolveResult& result);  // without those on the files
-std::vector<std::string> AllNotes(const SolveResult& result);
+std::vector<std::string> NotesOfRun(
+    const session::SolveResult& result);  // without those on the files
+std::vector<std::string> AllNotes(const session::SolveResult& result);
 
 // Of the session and of the solution.
-std::vector<std::string> AllWarnings(const SolveResult& result);
+std::vector<std::string> AllWarnings(const session::SolveResult& result);
 
 // "1C 2W": the tracking codes of one receiver for a system; "-" for a frequency without.
 std::string TrackingCodes(const session::SignalChoice& signals, session::EngineSystem system,
@@ -50,4 +51,4 @@ std::string TrackingCodes(const session::SignalChoice& signals, session::EngineS
 std::size_t SatellitesWithResiduals(const session::Solution& solution,
                                     session::EngineSystem system);
 
-}  // namespace vornel::app
+}  // namespace vornel::report

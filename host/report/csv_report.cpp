@@ -1,9 +1,11 @@
-#include "app/csv_report.h"
+#include "report/csv_report.h"
 
 #include <cstdio>
 
-namespace vornel::app {
+namespace vornel::report {
 namespace {
+
+using session::SolveResult;
 
 void Append(std::string& text, const char* kind, const session::Solution& solution) {
     for (const session::ResidualSeries& series : solution.residuals) {
@@ -32,4 +34,4 @@ std::string CsvReport(const SolveResult& result) {
     return text;
 }
 
-}  // namespace vornel::app
+}  // namespace vornel::report

@@ -1,8 +1,8 @@
-#include "app/exit_codes.h"
+#include "report/exit_codes.h"
 
 #include <array>
 
-namespace vornel::app {
+namespace vornel::report {
 namespace {
 
 using E = ExitCode;
@@ -117,4 +117,4 @@ ExitCode CodeOf(session::Acceptance acceptance, int status) {
     }
 }
 
-}  // namespace vornel::app
+}  // namespace vornel::report

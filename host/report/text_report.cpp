@@ -1,4 +1,4 @@
-#include "app/text_report.h"
+#include "report/text_report.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,12 +7,13 @@
 #include "session/status.h"
 #include "session/text.h"
 
-namespace vornel::app {
+namespace vornel::report {
 namespace {
 
 using session::Acceptance;
 using session::EngineSystem;
 using session::Solution;
+using session::SolveResult;
 using session::Vector3;
 
 using session::FileName;
@@ -505,4 +506,4 @@ std::string TextReport(const SolveResult& result) {
     return text;
 }
 
-}  // namespace vornel::app
+}  // namespace vornel::report

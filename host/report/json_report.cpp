@@ -1,16 +1,17 @@
-#include "app/json_report.h"
+#include "report/json_report.h"
 
 #include <cmath>
 
-#include "app/exit_codes.h"
-#include "app/text_report.h"
+#include "report/exit_codes.h"
+#include "report/text_report.h"
 #include "session/status.h"
 
-namespace vornel::app {
+namespace vornel::report {
 namespace {
 
 using Json = nlohmann::ordered_json;
 using session::EngineSystem;
+using session::SolveResult;
 
 // Not-a-number and infinities have no place in JSON: null.
 Json Number(double value) {
@@ -438,4 +439,4 @@ std::string JsonText(const nlohmann::ordered_json& json) {
     return json.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace vornel::app
+}  // namespace vornel::report

@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "app/solve_result.h"
+#include "session/solve_result.h"
 
-namespace vornel::app {
+namespace vornel::report {
 
 // One line for each double-difference residual of each float and fixed solution, under the heading
 //   solution,model,block,satellite,gps_week,gps_seconds,gps_time,residual_mm
 // `block` is 1, or 2 for the second frequency of model 3.
-std::string CsvReport(const SolveResult& result);
+std::string CsvReport(const session::SolveResult& result);
 
-}  // namespace vornel::app
+}  // namespace vornel::report
