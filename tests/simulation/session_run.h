@@ -1,17 +1,14 @@
-// Hands a simulated session to the engine, through its exports, and runs it.
+// Runs of simulated sessions.
 #pragma once
 
 #include <memory>
 
 #include "foundation/position.h"
 #include "frame/static_solve.h"
+#include "simulation/hand_over.h"
 #include "simulation/simulator.h"
 
 namespace vornel::simulation {
-
-// Makes a new process and hands over configuration, stations, ionosphere, ephemerides and epochs.
-// The stores of the process keep what they hold from before.
-void HandOver(const Session& session);
 
 // Hands over and runs; the status.
 int RunSession(const Session& session);
