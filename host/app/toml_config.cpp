@@ -97,10 +97,14 @@ void Take(const std::string& path, const std::string& key, const toml::node& nod
 }  // namespace
 
 void ReadTomlConfig(const std::string& path, session::ConfiguredSettings& settings) {
-    const auto files = io::ReadFile(path);
+    TakeToml(io::ReadFile(path).front().bytes, path, settings);
+}
+
+void TakeToml(const std::string& text, const std::string& path,
+              session::ConfiguredSettings& settings) {
     toml::table table;
     try {
-        table = toml::parse(files.front().bytes, path);
+        table = toml::parse(text, path);
     } catch (const toml::parse_error& error) {
         throw ConfigError(ExitCode::kConfigSyntax, Where(path, error.source()) + "not TOML: " +
                                                        std::string(error.description()));

@@ -26,6 +26,10 @@ class ConfigError : public std::runtime_error {
 // Throws ConfigError and io::InputError (missing or unreadable file).
 void ReadTomlConfig(const std::string& path, session::ConfiguredSettings& settings);
 
+// The same of a text at hand; `path` is used in messages and origins. Throws ConfigError.
+void TakeToml(const std::string& text, const std::string& path,
+              session::ConfiguredSettings& settings);
+
 // Every setting as "key = value  # origin"; one that is not set as a comment.
 std::string PrintToml(const session::ConfiguredSettings& settings);
 
