@@ -1,7 +1,9 @@
 // The computed rover-minus-base value of one satellite, with its line of sight.
 #include "observation/between_station_model.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace vornel {
 
@@ -17,48 +19,43 @@ ModelStation::ModelStation(int tropoModel, const XYZPosition& position)
       mops_(station_.geodetic),
       ionosphere_(station_.geodetic) {}
 
-StationDelays ModelStation::Delays(ModelForm form, const Epoch& time, const double azel[2]) {
-    StationDelays delays;
-    delays.sinElevation = std::sin(azel[1]);
+double ModelStation::Troposphere(ModelForm form, const Epoch& time, double elevation) {
     double variance = 0.0;
-    delays.troposphere = form == ModelForm::kConfigured ? configured_.Delay(azel[1])
-                                                        : mops_.Delay(time, azel[1], variance);
-    delays.ionosphere = ionosphere_.Delay(time.SecondsOfWeek(), azel[1], azel[0]);
-    return delays;
+    return form == ModelForm::kConfigured ? configured_.Delay(elevation)
+                                          : mops_.Delay(time, elevation, variance);
 }
 
-ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
-                               ModelStation& rover, const XYZPosition& basePosition,
-                               const StationDelays& base) {
-    const int s = satNumber - 1;
-    // What is read through this stays shared with the records that this one was copied from.
-    const SDObsData& given = record;
-    const XYZPosition& roverPosition = rover.position();
-    const XYZPosition satelliteA(given.satPosA[s]);
-    const XYZPosition satelliteB(given.satPosB[s]);
-    const double a = Distance(roverPosition, satelliteA) - kSpeedOfLight * given.satClockA[s];
-    const double b = Distance(basePosition, satelliteB) - kSpeedOfLight * given.satClockB[s];
-    record.sdRange[s] = a - b;
-
-    const NEUPosition local = rover.Local(satelliteA);
-    double* const azelA = record.azelA[s];
-    azelA[0] = Azimuth(local.N, local.E);
-    azelA[1] = Elevation(local, kElevationAtZenith);
-
-    const StationDelays delays = rover.Delays(form, record.epoch, azelA);
-    record.sdTrop[s] = delays.troposphere - base.troposphere;
-    record.sdIono[s] = delays.ionosphere - base.ionosphere;
-
-    // By a, clock included, not by the distance: the length differs from 1 by the clock's share.
-    return {{(roverPosition.X - satelliteA.X) / a, (roverPosition.Y - satelliteA.Y) / a,
-             (roverPosition.Z - satelliteA.Z) / a},
-            delays.sinElevation,
-            base.sinElevation};
+double ModelStation::Ionosphere(const Epoch& time, const double azel[2]) const {
+    return ionosphere_.Delay(time.SecondsOfWeek(), azel[1], azel[0]);
 }
 
-double ModelValue(const SDObsData& record, int satNumber, double ionoFactor) {
+SatelliteSeen SeenByRover(const SDObsData& record, int satNumber) {
     const int s = satNumber - 1;
-    return record.sdTrop[s] + record.sdRange[s] - record.sdIono[s] * ionoFactor;
+    return {XYZPosition(record.satPosA[s]), kSpeedOfLight * record.satClockA[s]};
+}
+
+SatelliteSeen SeenByBase(const SDObsData& record, int satNumber) {
+    const int s = satNumber - 1;
+    return {XYZPosition(record.satPosB[s]), kSpeedOfLight * record.satClockB[s]};
+}
+
+double ClockedRange(const XYZPosition& station, const SatelliteSeen& satellite) {
+    return Distance(station, satellite.position) - satellite.clock;
+}
+
+RoverSide SeenFrom(const ModelStation& rover, const SatelliteSeen& satellite) {
+    const XYZPosition& station = rover.position();
+    RoverSide side;
+    side.range = ClockedRange(station, satellite);
+    const NEUPosition local = rover.Local(satellite.position);
+    side.azel[0] = Azimuth(local.N, local.E);
+    side.azel[1] = Elevation(local, kElevationAtZenith);
+    side.sinElevation = std::sin(side.azel[1]);
+    // By the range with the clock, not by the distance: the length differs from 1 by its share.
+    side.unit[0] = (station.X - satellite.position.X) / side.range;
+    side.unit[1] = (station.Y - satellite.position.Y) / side.range;
+    side.unit[2] = (station.Z - satellite.position.Z) / side.range;
+    return side;
 }
 
 namespace {
@@ -66,16 +63,19 @@ namespace {
 void EvaluateOnce(ModelForm form, SDObsData& record, double ionoFactor, int satNumber,
                   const XYZPosition& rover, const XYZPosition& base, double unit[3],
                   double& value) {
+    const int s = satNumber - 1;
     ModelStation roverStation(record.tropoModel, rover);
     ModelStation baseStation(record.tropoModel, base);
-    const StationDelays baseDelays =
-        baseStation.Delays(form, record.epoch, record.azelB[satNumber - 1]);
-    const ModelledSatellite modelled =
-        RefreshModel(form, record, satNumber, roverStation, base, baseDelays);
-    for (int k = 0; k < 3; ++k) {
-        unit[k] = modelled.unit[k];
-    }
-    value = ModelValue(record, satNumber, ionoFactor);
+    const RoverSide side = SeenFrom(roverStation, SeenByRover(record, satNumber));
+    const double* const azelB = std::as_const(record).azelB[s];
+    std::copy_n(side.azel, 2, record.azelA[s]);
+    record.sdRange[s] = side.range - ClockedRange(base, SeenByBase(record, satNumber));
+    record.sdTrop[s] = roverStation.Troposphere(form, record.epoch, side.azel[1]) -
+                       baseStation.Troposphere(form, record.epoch, azelB[1]);
+    record.sdIono[s] = roverStation.Ionosphere(record.epoch, side.azel) -
+                       baseStation.Ionosphere(record.epoch, azelB);
+    std::copy_n(side.unit, 3, unit);
+    value = record.sdTrop[s] + record.sdRange[s] - record.sdIono[s] * ionoFactor;
 }
 
 }  // namespace

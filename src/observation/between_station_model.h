@@ -11,20 +11,6 @@ namespace vornel {
 // The troposphere of the model: that of the configuration, or MOPS, which the fixed solution takes.
 enum class ModelForm { kConfigured, kMops };
 
-// What a station sees of a satellite at an epoch.
-struct StationDelays {
-    double sinElevation;
-    double troposphere;  // metres
-    double ionosphere;   // metres, on the first GPS frequency
-};
-
-// What stands beside the record's own fields when a satellite has been modelled.
-struct ModelledSatellite {
-    double unit[3];  // from the satellite to the rover
-    double sinElevationRover;
-    double sinElevationBase;
-};
-
 // One station of the pair.
 class ModelStation {
   public:
@@ -32,8 +18,10 @@ class ModelStation {
 
     const XYZPosition& position() const { return station_.position; }
     NEUPosition Local(const XYZPosition& point) const { return station_.Local(point); }
-    // azel: azimuth and elevation of the satellite there, radians.
-    StationDelays Delays(ModelForm form, const Epoch& time, const double azel[2]);
+    // Metres; the elevation of the satellite there, radians.
+    double Troposphere(ModelForm form, const Epoch& time, double elevation);
+    // Metres on the first GPS frequency; azel: azimuth and elevation, radians.
+    double Ionosphere(const Epoch& time, const double azel[2]) const;
 
   private:
     Station station_;
@@ -42,13 +30,24 @@ class ModelStation {
     StationIonosphere ionosphere_;
 };
 
-// Refreshes sdRange, sdIono, sdTrop and azelA of a satellite and gives the line of sight. base:
-// what the base sees of the satellite at that epoch.
-ModelledSatellite RefreshModel(ModelForm form, SDObsData& record, int satNumber,
-                               ModelStation& rover, const XYZPosition& basePosition,
-                               const StationDelays& base);
+// A satellite as a station has it: where it was, and its clock as a distance.
+struct SatelliteSeen {
+    XYZPosition position;  // ECEF, metres
+    double clock;          // metres
+};
+SatelliteSeen SeenByRover(const SDObsData& record, int satNumber);
+SatelliteSeen SeenByBase(const SDObsData& record, int satNumber);
 
-// The computed value from the refreshed fields, metres.
-double ModelValue(const SDObsData& record, int satNumber, double ionoFactor);
+// From a station to the satellite, metres, the satellite's clock taken off.
+double ClockedRange(const XYZPosition& station, const SatelliteSeen& satellite);
+
+// What the rover's side of the computed value takes from the geometry.
+struct RoverSide {
+    double range;    // ClockedRange
+    double azel[2];  // azimuth and elevation, radians
+    double sinElevation;
+    double unit[3];  // from the satellite to the rover
+};
+RoverSide SeenFrom(const ModelStation& rover, const SatelliteSeen& satellite);
 
 }  // namespace vornel

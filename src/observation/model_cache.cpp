@@ -1,66 +1,85 @@
 #include "observation/model_cache.h"
 
-#include <utility>
+#include <algorithm>
+#include <cmath>
 
 namespace vornel {
 
-namespace {
-
-bool SamePosition(const XYZPosition& left, const XYZPosition& right) {
-    return left.X == right.X && left.Y == right.Y && left.Z == right.Z;
+ModelledSatellite ModelCache::Evaluate(ModelForm form, double ionoFactor, SDObsData& record,
+                                       int epochIndex, int satNumber, const XYZPosition& rover,
+                                       const XYZPosition& base) {
+    if (!IsPresent(form, record.tropoModel, rover, base)) {
+        SetStations(form, record.tropoModel, rover, base);
+    }
+    const auto e = static_cast<std::size_t>(epochIndex);
+    if (e >= epochs_.size()) {
+        epochs_.resize(e + 1);
+    }
+    EpochEntries& epoch = epochs_[e];
+    const std::uint8_t place = epoch.place[satNumber - 1];
+    Entry& entry = place != 0 ? epoch.entries[place - 1U] : AddEntry(epoch, record, satNumber);
+    if (entry.evaluation != evaluation_) {
+        Refresh(entry, record, satNumber);
+    }
+    const double value =
+        entry.rangeAndTroposphere - Ionosphere(entry, record, satNumber) * ionoFactor;
+    const RoverSide& side = entry.rover;
+    return {value,
+            {side.unit[0], side.unit[1], side.unit[2]},
+            side.sinElevation,
+            entry.sinElevationBase};
 }
 
-}  // namespace
-
-ModelledSatellite ModelCache::Refreshed(ModelForm form, SDObsData& record, int epochIndex,
-                                        int satNumber, const XYZPosition& rover,
-                                        const XYZPosition& base) {
-    SetStations(form, record.tropoModel, rover, base);
-    Entry& entry = EntryOf(epochIndex, satNumber);
-    if (entry.evaluation == evaluation_) {
-        return entry.modelled;
-    }
-    const auto f = static_cast<std::size_t>(form);
-    if (!entry.hasBase[f]) {
-        entry.base[f] =
-            base_->Delays(form, record.epoch, std::as_const(record).azelB[satNumber - 1]);
-        entry.hasBase[f] = true;
-    }
-    entry.modelled = RefreshModel(form, record, satNumber, *rover_, base, entry.base[f]);
+void ModelCache::Refresh(Entry& entry, SDObsData& record, int satNumber) {
     entry.evaluation = evaluation_;
-    return entry.modelled;
+    entry.rover = SeenFrom(*rover_, entry.seenByRover);
+    std::copy_n(entry.rover.azel, 2, record.azelA[satNumber - 1]);
+    std::optional<double>& base = entry.troposphereBase[static_cast<std::size_t>(form_)];
+    if (!base) {
+        const SDObsData& given = record;
+        base = base_->Troposphere(form_, record.epoch, given.azelB[satNumber - 1][1]);
+    }
+    const double troposphere =
+        rover_->Troposphere(form_, record.epoch, entry.rover.azel[1]) - *base;
+    entry.rangeAndTroposphere = troposphere + (entry.rover.range - entry.rangeBase);
+    entry.ionosphere.reset();
+}
+
+double ModelCache::Ionosphere(Entry& entry, const SDObsData& record, int satNumber) const {
+    if (!entry.ionosphere) {
+        if (!entry.ionosphereBase) {
+            entry.ionosphereBase = base_->Ionosphere(record.epoch, record.azelB[satNumber - 1]);
+        }
+        entry.ionosphere =
+            rover_->Ionosphere(record.epoch, entry.rover.azel) - *entry.ionosphereBase;
+    }
+    return *entry.ionosphere;
 }
 
 void ModelCache::SetStations(ModelForm form, int tropoModel, const XYZPosition& rover,
                              const XYZPosition& base) {
     if (!base_ || tropoModel != tropoModel_ || !SamePosition(base_->position(), base)) {
         epochs_.clear();
-        rover_.reset();
         base_.emplace(tropoModel, base);
+        rover_.reset();
         tropoModel_ = tropoModel;
     }
-    const bool sameRover = rover_ && SamePosition(rover_->position(), rover);
-    if (!sameRover) {
+    if (!rover_ || !SamePosition(rover_->position(), rover)) {
         rover_.emplace(tropoModel, rover);
     }
-    if (!sameRover || form != form_) {
-        form_ = form;
-        ++evaluation_;
-    }
+    form_ = form;
+    ++evaluation_;
 }
 
-ModelCache::Entry& ModelCache::EntryOf(int epochIndex, int satNumber) {
-    const auto e = static_cast<std::size_t>(epochIndex);
-    if (e >= epochs_.size()) {
-        epochs_.resize(e + 1);
-    }
-    EpochEntries& epoch = epochs_[e];
-    std::uint8_t& place = epoch.place[satNumber - 1];
-    if (place == 0) {
-        epoch.entries.emplace_back();
-        place = static_cast<std::uint8_t>(epoch.entries.size());
-    }
-    return epoch.entries[place - 1U];
+ModelCache::Entry& ModelCache::AddEntry(EpochEntries& epoch, const SDObsData& record,
+                                        int satNumber) {
+    epoch.entries.reserve(record.satList.size());
+    Entry& entry = epoch.entries.emplace_back();
+    entry.seenByRover = SeenByRover(record, satNumber);
+    entry.rangeBase = ClockedRange(base_->position(), SeenByBase(record, satNumber));
+    entry.sinElevationBase = std::sin(record.azelB[satNumber - 1][1]);
+    epoch.place[satNumber - 1] = static_cast<std::uint8_t>(epoch.entries.size());
+    return entry;
 }
 
 }  // namespace vornel

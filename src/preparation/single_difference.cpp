@@ -24,10 +24,10 @@ ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat, const
                                                   const PhaseCombination& combination,
                                                   const XYZPosition& rover) const {
     SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
-    const ModelledSatellite modelled =
-        solver_.modelCache.Refreshed(form_, epoch, epochIndex, sat, rover, solver_.basePosition);
+    const ModelledSatellite modelled = solver_.modelCache.Evaluate(
+        form_, combination.ionoFactor, epoch, epochIndex, sat, rover, solver_.basePosition);
     ComputedDifference computed;
-    computed.model = ModelValue(epoch, sat, combination.ionoFactor);
+    computed.model = modelled.value;
     for (int k = 0; k < 3; ++k) {
         computed.unit[k] = modelled.unit[k];
     }
