@@ -1,6 +1,7 @@
 // The control object: what the host has handed over, from its creation to its disposal.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "foundation/position.h"
@@ -44,6 +45,9 @@ class CTRLSolve {
 
     // Corrects both sides, differences them and appends the epoch.
     void AddEpoch(const ReceiverEpoch& rover, const ReceiverEpoch& base);
+
+  private:
+    std::optional<Station> baseStation_, roverStation_;  // where the last epoch was corrected
 };
 
 }  // namespace vornel

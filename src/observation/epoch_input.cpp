@@ -232,15 +232,18 @@ void ZDObsData::ListUsable(int number, double elevationMask, int& dualFlag) {
 }
 
 void ZDObsData::Correct(XYZPosition station, double elevationMask, int& dualFlag) {
+    Correct(Station(station), elevationMask, dualFlag);
+}
+
+void ZDObsData::Correct(const Station& station, double elevationMask, int& dualFlag) {
     satListF1.clear();
     satListF2.clear();
     satListDual.clear();
-    const Station origin(station);
     for (const int number : satList) {
-        if (!UsesSystem(SplitSatNumber(number)) || !LocateSatellite(number, station)) {
+        if (!UsesSystem(SplitSatNumber(number)) || !LocateSatellite(number, station.position)) {
             continue;
         }
-        SetDirection(number, origin);
+        SetDirection(number, station);
         ListUsable(number, elevationMask, dualFlag);
     }
     std::sort(satListF1.begin(), satListF1.end());

@@ -1,11 +1,10 @@
 #include "observation/model_cache.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace vornel {
 
-ModelledSatellite ModelCache::Evaluate(ModelForm form, double ionoFactor, SDObsData& record,
+ModelledSatellite ModelCache::Evaluate(ModelForm form, double ionoFactor, const SDObsData& record,
                                        int epochIndex, int satNumber, const XYZPosition& rover,
                                        const XYZPosition& base) {
     if (!IsPresent(form, record.tropoModel, rover, base)) {
@@ -30,14 +29,12 @@ ModelledSatellite ModelCache::Evaluate(ModelForm form, double ionoFactor, SDObsD
             entry.sinElevationBase};
 }
 
-void ModelCache::Refresh(Entry& entry, SDObsData& record, int satNumber) {
+void ModelCache::Refresh(Entry& entry, const SDObsData& record, int satNumber) {
     entry.evaluation = evaluation_;
     entry.rover = SeenFrom(*rover_, entry.seenByRover);
-    std::copy_n(entry.rover.azel, 2, record.azelA[satNumber - 1]);
     std::optional<double>& base = entry.troposphereBase[static_cast<std::size_t>(form_)];
     if (!base) {
-        const SDObsData& given = record;
-        base = base_->Troposphere(form_, record.epoch, given.azelB[satNumber - 1][1]);
+        base = base_->Troposphere(form_, record.epoch, record.azelB[satNumber - 1][1]);
     }
     const double troposphere =
         rover_->Troposphere(form_, record.epoch, entry.rover.azel[1]) - *base;

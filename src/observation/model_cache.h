@@ -26,9 +26,10 @@ struct ModelledSatellite {
 class ModelCache {
   public:
     // What SDObsData::Model (or ModelFixed) gives for a satellite of `record`, the epoch of that
-    // index; of the record's fields azelA alone is refreshed.
-    ModelledSatellite Evaluate(ModelForm form, double ionoFactor, SDObsData& record, int epochIndex,
-                               int satNumber, const XYZPosition& rover, const XYZPosition& base);
+    // index, whose own fields stay as they are.
+    ModelledSatellite Evaluate(ModelForm form, double ionoFactor, const SDObsData& record,
+                               int epochIndex, int satNumber, const XYZPosition& rover,
+                               const XYZPosition& base);
 
   private:
     struct Entry {
@@ -63,7 +64,7 @@ class ModelCache {
     void SetStations(ModelForm form, int tropoModel, const XYZPosition& rover,
                      const XYZPosition& base);
     Entry& AddEntry(EpochEntries& epoch, const SDObsData& record, int satNumber);
-    void Refresh(Entry& entry, SDObsData& record, int satNumber);
+    void Refresh(Entry& entry, const SDObsData& record, int satNumber);
     double Ionosphere(Entry& entry, const SDObsData& record, int satNumber) const;
 
     std::vector<EpochEntries> epochs_;

@@ -69,6 +69,7 @@ class ZDObsData : public RWObsData {
     // from `station` and sorts the satellites at or above the mask (radians) into the three derived
     // lists. dualFlag becomes 1 when one of them has both signals.
     void Correct(XYZPosition station, double elevationMask, int& dualFlag);
+    void Correct(const Station& station, double elevationMask, int& dualFlag);
 
   private:
     // Position and clock of a satellite from the orbits in use; channel is written by GLONASS

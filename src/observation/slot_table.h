@@ -25,7 +25,13 @@ class SlotTable {
     Row& operator[](int s) { return OwnStorage().NewRowOf(s).row; }
 
     // Room for that many satellites.
-    void Reserve(std::size_t satellites) { OwnStorage().rows.reserve(satellites + 1); }
+    void Reserve(std::size_t satellites) {
+        if (storage_) {
+            OwnStorage().rows.reserve(satellites + 1);
+        } else {
+            storage_ = std::make_shared<Storage>(satellites);
+        }
+    }
 
   private:
     struct Values {
@@ -35,8 +41,12 @@ class SlotTable {
 
     struct Storage {
         std::uint8_t place[kSatelliteCount] = {};  // row of each satellite; 0: the row of zeros
-        std::vector<Values> rows = std::vector<Values>(1);
+        std::vector<Values> rows;
 
+        explicit Storage(std::size_t satellites) {
+            rows.reserve(satellites + 1);
+            rows.emplace_back();
+        }
         const Values& RowOf(int s) const { return rows[place[s]]; }
         Values& NewRowOf(int s) {
             if (place[s] == 0) {
@@ -49,7 +59,7 @@ class SlotTable {
 
     Storage& OwnStorage() {
         if (!storage_) {
-            storage_ = std::make_shared<Storage>();
+            storage_ = std::make_shared<Storage>(0);
         } else if (storage_.use_count() > 1) {
             storage_ = std::make_shared<Storage>(*storage_);
         }

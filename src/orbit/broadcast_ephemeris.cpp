@@ -1,7 +1,9 @@
 // Keplerian orbits of GPS, BDS and Galileo: one algorithm, with the constants of each system.
 #include "orbit/broadcast_ephemeris.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "orbit/limits.h"
 
@@ -139,16 +141,17 @@ bool KeplerPosition(const KeplerStore& store, const KeplerConstants& constants,
 
 void KeplerStore::AddEphemeris(const KeplerEphemeris& record) {
     std::vector<Reference>& references = bySatellite_[record.satId];
-    for (const Reference& reference : references) {
+    for (Reference& reference : references) {
         KeplerEphemeris& stored = records_[reference.position];
         if (stored.toeEpoch == record.toeEpoch) {
             stored = record;
+            reference.healthy = record.health == 0;
             return;
         }
     }
     // The record first: without memory for either, no reference points behind the end.
     records_.push_back(record);
-    references.push_back({record.toeEpoch.TotalSeconds(), records_.size() - 1});
+    references.push_back({record.toeEpoch.TotalSeconds(), record.health == 0, records_.size() - 1});
 }
 
 const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double startBound) const {
@@ -157,16 +160,23 @@ const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double 
         return nullptr;
     }
     const double seconds = time.TotalSeconds();
+    double closest = std::numeric_limits<double>::infinity();
+    for (const Reference& reference : references->second) {
+        if (reference.healthy) {
+            closest = std::min(closest, std::fabs(seconds - reference.toeSeconds));
+        }
+    }
     const KeplerEphemeris* best = nullptr;
     double bestDifference = startBound;
     for (const Reference& reference : references->second) {
-        // What is clearly further away need not be compared exactly.
-        if (std::fabs(seconds - reference.toeSeconds) > bestDifference + kRoughTimeError) {
+        // What is clearly further away than another need not be compared exactly.
+        const double rough = std::fabs(seconds - reference.toeSeconds);
+        if (!reference.healthy || !(rough <= closest + 2.0 * kRoughTimeError)) {
             continue;
         }
         const KeplerEphemeris& record = records_[reference.position];
         const double difference = std::fabs(time - record.toeEpoch);
-        if (record.health == 0 && difference < bestDifference) {
+        if (difference < bestDifference) {
             bestDifference = difference;
             best = &record;
         }

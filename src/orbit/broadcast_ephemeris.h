@@ -50,6 +50,7 @@ class KeplerStore {
     // A record of a satellite, with its toeEpoch as seconds since 2000, good to a millisecond.
     struct Reference {
         double toeSeconds;
+        bool healthy;
         std::size_t position;  // in records_
     };
 

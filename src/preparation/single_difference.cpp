@@ -23,7 +23,7 @@ Carriers SingleDifferenceModel::CarriersOf(const SDObsData& epoch, int sat) cons
 ComputedDifference SingleDifferenceModel::Compute(int epochIndex, int sat, const Carriers& carriers,
                                                   const PhaseCombination& combination,
                                                   const XYZPosition& rover) const {
-    SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
+    const SDObsData& epoch = solver_.epochs[static_cast<std::size_t>(epochIndex)];
     const ModelledSatellite modelled = solver_.modelCache.Evaluate(
         form_, combination.ionoFactor, epoch, epochIndex, sat, rover, solver_.basePosition);
     ComputedDifference computed;

@@ -41,8 +41,7 @@ class SingleDifferenceModel {
     // Of a satellite at an epoch, GLONASS by its channel.
     Carriers CarriersOf(const SDObsData& epoch, int sat) const;
 
-    // The computed value at an epoch of the run for a rover position. Refreshes the epoch's
-    // modelled arrays.
+    // The computed value at an epoch of the run for a rover position.
     ComputedDifference Compute(int epochIndex, int sat, const Carriers& carriers,
                                const PhaseCombination& combination, const XYZPosition& rover) const;
 
