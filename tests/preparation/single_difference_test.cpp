@@ -114,9 +114,14 @@ TEST_F(SingleDifferences, TheDirectionIsThatOfTheRoverAskedFor) {
     const XYZPosition satellite(TheEpoch().satPosA[2]);
     const NEUPosition local = XYZPosition(satellite).ToNEU(rover);
     const double elevation = std::atan2(local.U, std::hypot(local.N, local.E));
-    EXPECT_NEAR(TheEpoch().azelA[2][1], elevation, 1e-9);
-    EXPECT_NEAR(TheEpoch().sdRange[2],
-                Distance(satellite, rover) - Distance(satellite, session_.base), 1e-6);
+    EXPECT_NEAR(computed.sinElevation, std::sin(elevation), 1e-9);
+    const double range = Distance(satellite, rover);
+    EXPECT_NEAR(computed.unit[0], (rover.X - satellite.X) / range, 1e-8);
+    EXPECT_NEAR(computed.unit[1], (rover.Y - satellite.Y) / range, 1e-8);
+    EXPECT_NEAR(computed.unit[2], (rover.Z - satellite.Z) / range, 1e-8);
+    // The record is read alone.
+    EXPECT_EQ(TheEpoch().azelA[2][1], -9.0);
+    EXPECT_EQ(TheEpoch().sdRange[2], -9.0);
     EXPECT_NEAR(computed.antenna,
                 1.79 * std::sin(elevation) - 0.26 * std::sin(TheEpoch().azelB[2][1]), 1e-9);
 }
@@ -147,12 +152,10 @@ TEST_F(SingleDifferences, EveryChangeOfPositionTroposphereOrCombinationIsFollowe
         const ComputedDifference computed =
             (mops == 1 ? fixed : floating).Compute(0, sat, carriers, combination, rovers[place]);
         EXPECT_EQ(computed.model, value);
-        EXPECT_EQ(computed.unit[0], unit[0]);
-        EXPECT_EQ(TheEpoch().sdTrop[sat - 1], expected.sdTrop[sat - 1]);
-        EXPECT_EQ(TheEpoch().sdIono[sat - 1], expected.sdIono[sat - 1]);
-        EXPECT_EQ(TheEpoch().sdRange[sat - 1], expected.sdRange[sat - 1]);
-        EXPECT_EQ(TheEpoch().azelA[sat - 1][0], expected.azelA[sat - 1][0]);
-        EXPECT_EQ(TheEpoch().azelA[sat - 1][1], expected.azelA[sat - 1][1]);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_EQ(computed.unit[k], unit[k]);
+        }
+        EXPECT_EQ(computed.sinElevation, std::sin(expected.azelA[sat - 1][1]));
     }
 }
 
@@ -162,10 +165,15 @@ TEST_F(SingleDifferences, TheFixedSolutionsEvaluationDiffersByItsTroposphereAlon
     const Carriers carriers = floating.CarriersOf(TheEpoch(), 3);
     const PhaseCombination combination = SingleFrequency(carriers, 1);
     const ComputedDifference one = floating.Compute(0, 3, carriers, combination, session_.rover);
-    const double configured = TheEpoch().sdTrop[2];
     const ComputedDifference two = fixed.Compute(0, 3, carriers, combination, session_.rover);
-    EXPECT_NE(TheEpoch().sdTrop[2], configured);
-    EXPECT_NEAR(two.model - one.model, TheEpoch().sdTrop[2] - configured, 1e-8);
+    SDObsData configured = TheEpoch();
+    SDObsData mops = TheEpoch();
+    double unit[3];
+    double value = 0.0;
+    configured.Model(1.0, 3, session_.rover, session_.base, unit, value);
+    mops.ModelFixed(1.0, 3, session_.rover, session_.base, unit, value);
+    EXPECT_NE(mops.sdTrop[2], configured.sdTrop[2]);
+    EXPECT_NEAR(two.model - one.model, mops.sdTrop[2] - configured.sdTrop[2], 1e-8);
     EXPECT_EQ(two.antenna, one.antenna);
 }
 
