@@ -31,7 +31,8 @@
  *
  * Arguments are trusted. Nothing tests a pointer or that a process exists; the ranges below
  * are the host's duty. Where a bound is given, a value outside it gives a useless result at
- * best and no return at worst (the orbit iterations have no limit of their own).
+ * best and no return at worst (the orbit iterations have no limit of their own). Every double is
+ * finite. docs/limits.md tells what happens beyond the bounds.
  *
  * Memory. Every pointer is to a variable or an array of the host, which owns it; it is read or
  * written during the call only. Arrays are dense, index 0 first.
@@ -46,7 +47,8 @@
  * millimetres. Frame: earth-centred earth-fixed (ECEF), the frame of the ephemerides (WGS 84).
  *
  * Time: GPS week (not modulo 1024) and seconds of that week, in GPS time unless said otherwise.
- * All times lie between 1980 and 2100.
+ * All times lie between 1980 and 2100: weeks 0 to 6260, seconds 0 to below 604800. That holds for
+ * times that are kept without effect, too.
  *
  * Satellites go by system code and number in the system, or by one number across the systems:
  *
@@ -171,7 +173,8 @@ VORNEL_API int InputSolveConfig(int slvmode, double elevationMask, double sampli
 
 /* Approximate positions and antennas. Without this call both stations stand at the earth's centre.
  * xyzPosR, xyzPosB    3 doubles, ECEF metres of the marker of rover and base, approximate for the
- *                     rover (tens of metres do), exact for the base: the vector starts there
+ *                     rover (tens of metres do), exact for the base: the vector starts there.
+ *                     1,000 to 100,000 km from the earth's centre
  * l1PcoR .. l2PcoB    3 doubles each, metres: phase centre offset of the antenna on the first and
  *                     the second frequency from its reference point. Only the third, up, is used.
  * trueHgtR, trueHgtB  metres: vertical height of the antenna reference point above the marker */
@@ -188,9 +191,9 @@ VORNEL_API int InputIonCorrData(double* alpha, double* beta);
 /* One broadcast ephemeris of GPS, BDS or Galileo. A record of the same satellite and reference time
  * is replaced. Only records with health 0 are used, at most 14400 s from toe.
  *
- * Every double is finite. Bounds: e 0 to 0.5; sqrtA 1000 to 10000 (root of metres); angles (i0,
+ * Bounds: af0 within +-1 s, af1 +-1e-3 s/s, af2 +-1e-6 s/s^2; e 0 to 0.5; sqrtA 1000 to 10000 (root of metres); angles (i0,
  * omega0, omega, m0, cuc, cus, cic, cis) within +-7 rad; deltaN, omegaDot, idot within +-1e-3
- * rad/s; weeks and seconds between 1980 and 2100. Beyond these the orbit iteration may never end.
+ * rad/s. Beyond these the orbit iteration may never end.
  *
  * satId         number in the system, 1 to 35, 36, 32 (GPS, BDS, Galileo)
  * tocWeek, tocSeconds   clock reference time, seconds of the week
@@ -244,13 +247,13 @@ VORNEL_API int InputOneSatNavGAL(int satId, int tocWeek, double tocSeconds, doub
  *               reference. 2000-01-01 00:00:00 (week 1042, 518400.0 s) means "no date": tbSeconds
  *               then serves
  * tbSeconds     reference time, seconds of the day
- * clockBias     s, satellite clock minus system time (-tauN, as RINEX files hold it)
- * clockDrift    s/s, of the same sign
+ * clockBias     s, satellite clock minus system time (-tauN, as RINEX files hold it), within +-1
+ * clockDrift    s/s, of the same sign, within +-1e-3
  * x .. az       state in the earth-fixed frame: km, km/s, km/s^2 (acceleration of moon and sun);
- *               15,000 to 40,000 km from the centre, every value finite
+ *               15,000 to 40,000 km from the centre
  * channel       frequency channel, -7 to 13
  * health, age, spare1, spare2   kept, no effect
- * leapSeconds   GPS time minus UTC on the day of the reference time */
+ * leapSeconds   GPS time minus UTC on the day of the reference time, 0 to 100 */
 VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spare2,
                                  double tbSeconds, double spare1, double clockBias,
                                  double clockDrift, double x, double y, double z, double vx,
@@ -262,7 +265,9 @@ VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spar
  * system, prn   code and number; an invalid pair stores nothing
  * count      entries of the three arrays; below 1 stores nothing
  * weeks, seconds   GPS time, ascending, also over several calls
- * values     0.999999999999 for a missing value
+ * values     0.999999999999 for a missing value; else positions within +-1e8, clocks within +-1.
+ *            Where no value is missing, the steps from entry to entry differ by no more than half
+ *            of the shorter one: an entry of missing values parts what lies further apart
  * A position is interpolated between 11 entries, five before and six from the first entry after the
  * time on; nearer to the ends of the table than that the satellite has no orbit. */
 VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int count, int* weeks,
@@ -277,7 +282,7 @@ VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int co
  * p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on the
  *                     first and the second signal; 0.0 where missing
  * Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I (1561.098 MHz) and 1207.14 MHz; Galileo by galFreq1,
- * galFreq2. Code values lie between 1e6 and 1e9 m. The epoch of the difference is the mean of the
+ * galFreq2. Code values lie between 1e6 and 1e9 m, phases within +-1e12 cycles. The epoch of the difference is the mean of the
  * two seconds of the week, rounded to a whole second, with the week of the base: both tags lie in
  * one week. */
 VORNEL_API int InputEpochObsData(int weekR, double secondsR, int* satNumbersR, double* p1R,

@@ -102,6 +102,12 @@ std::optional<GpsTime> FromCalendar(const CalendarTime& time) {
     return Shifted({week, whole}, time.second);
 }
 
+bool IsInCalendar(const GpsTime& time) {
+    constexpr std::int32_t kLastWeek = 6260;  // the next one begins on 2100-01-03
+    return time.week >= 0 && time.week <= kLastWeek && time.seconds >= 0.0 &&
+           time.seconds < kSecondsPerWeek;
+}
+
 CalendarTime ToCalendar(const GpsTime& time) {
     const auto dayOfWeek = static_cast<std::int64_t>(time.seconds / kSecondsPerDay);
     const std::int64_t days = time.week * 7LL + dayOfWeek + kGpsOriginDay + 719468;

@@ -40,6 +40,10 @@ struct CalendarTime {
 // that does not exist or lies outside 1980-01-06 to 2099-12-31.
 std::optional<GpsTime> FromCalendar(const CalendarTime& time);
 
+// Whether a time is one that the calendar above has, as that of every record that is read is: not
+// before 1980-01-06, and before 2100-01-03, where a week begins. False for not-a-number.
+bool IsInCalendar(const GpsTime& time);
+
 CalendarTime ToCalendar(const GpsTime& time);
 
 // "2020-06-25 00:59:30.000"; `decimals` of the second from 0 to 9.

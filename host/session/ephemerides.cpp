@@ -14,15 +14,14 @@ constexpr double kMostAngle = 7.0;                               // rad
 constexpr double kMostRate = 1e-3;                               // rad/s
 constexpr double kLeastRadius = 15000.0, kMostRadius = 40000.0;  // km
 constexpr int kLeastChannel = -7, kMostChannel = 13;
-constexpr int kMostWeek = 6260;  // 2100-01-03 begins week 6261
+constexpr double kMostClock = 1.0;        // s
+constexpr double kMostClockDrift = 1e-3;  // s/s
+constexpr double kMostClockAging = 1e-6;  // s/s^2
+constexpr int kMostLeapSeconds = 100;
 
 // Gravitational parameter, m^3/s^2, of the CNAV messages (IS-GPS-200, BDS-SIS-ICD).
 constexpr double kGmGps = 3.986005e14;
 constexpr double kGmOther = 3.986004418e14;
-
-bool WithinWeek(int week, double seconds) {
-    return week >= 0 && week <= kMostWeek && seconds >= 0.0 && seconds < io::kSecondsPerWeek;
-}
 
 int ToInt(double value) {
     constexpr double kMost = 2e9;
@@ -299,8 +298,12 @@ std::optional<std::string> OutOfBounds(const EngineKepler& r) {
             return "value not finite";
         }
     }
-    if (!WithinWeek(r.toeWeek, r.toe) || !WithinWeek(r.tocWeek, r.tocSeconds)) {
+    if (!io::IsInCalendar({r.toeWeek, r.toe}) || !io::IsInCalendar({r.tocWeek, r.tocSeconds})) {
         return "reference time out of bounds";
+    }
+    if (!(std::abs(r.af0) <= kMostClock && std::abs(r.af1) <= kMostClockDrift &&
+          std::abs(r.af2) <= kMostClockAging)) {
+        return "clock out of bounds";
     }
     if (!(r.e >= 0.0 && r.e <= kMostEccentricity)) {
         return "eccentricity out of bounds";
@@ -332,7 +335,11 @@ std::optional<std::string> OutOfBounds(const EngineGlonass& r) {
     if (!std::isfinite(r.clockBias) || !std::isfinite(r.clockDrift)) {
         return "value not finite";
     }
-    if (!WithinWeek(r.week, r.seconds)) {
+    if (!(std::abs(r.clockBias) <= kMostClock && std::abs(r.clockDrift) <= kMostClockDrift)) {
+        return "clock out of bounds";
+    }
+    if (!io::IsInCalendar({r.week, r.seconds}) || r.leapSeconds < 0 ||
+        r.leapSeconds > kMostLeapSeconds) {
         return "reference time out of bounds";
     }
     const double radius = std::hypot(r.position[0], r.position[1], r.position[2]);
@@ -365,19 +372,23 @@ Ephemerides SelectEphemerides(const std::vector<io::Navigation>& files, const io
     return result;
 }
 
-bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite, const io::GpsTime& time) {
+bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite,
+              const std::vector<io::GpsTime>& times) {
+    const auto reachesAny = [&times](const io::GpsTime& reference) {
+        const auto first =
+            std::lower_bound(times.begin(), times.end(), io::Shifted(reference, -kEphemerisReach));
+        return first != times.end() && io::SecondsBetween(reference, *first) <= kEphemerisReach;
+    };
     if (satellite.system == EngineSystem::kGlonass) {
         return std::any_of(
             ephemerides.glonass.begin(), ephemerides.glonass.end(), [&](const TimedGlonass& timed) {
-                return timed.record.slot == satellite.prn &&
-                       std::abs(io::SecondsBetween(timed.reference, time)) <= kEphemerisReach;
+                return timed.record.slot == satellite.prn && reachesAny(timed.reference);
             });
     }
     return std::any_of(
         ephemerides.kepler.begin(), ephemerides.kepler.end(), [&](const TimedKepler& timed) {
             return timed.record.system == satellite.system && timed.record.satId == satellite.prn &&
-                   timed.record.health == 0 &&
-                   std::abs(io::SecondsBetween(timed.reference, time)) <= kEphemerisReach;
+                   timed.record.health == 0 && reachesAny(timed.reference);
         });
 }
 

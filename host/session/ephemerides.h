@@ -65,8 +65,10 @@ std::optional<std::string> OutOfBounds(const EngineGlonass& record);
 EngineKepler ToEngineKepler(const io::KeplerRecord& record, EngineSatellite satellite);
 EngineGlonass ToEngineGlonass(const io::GlonassRecord& record);
 
-// Whether the engine has an orbit of the satellite at a time: a usable record within reach.
-bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite, const io::GpsTime& time);
+// Whether the engine has an orbit of the satellite at any of some times, which ascend: a usable
+// record within reach.
+bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite,
+              const std::vector<io::GpsTime>& times);
 
 // The ionosphere coefficients that are handed over: the first complete GPS set of the files.
 struct IonosphereChoice {

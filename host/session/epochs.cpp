@@ -48,6 +48,12 @@ io::GpsTime EngineTime(const io::GpsTime& rover, const io::GpsTime& base) {
     return io::Shifted({base.week, std::round((rover.seconds + base.seconds) / 2.0)}, 0.0);
 }
 
+std::size_t DropUntimed(io::Observations& observations) {
+    return std::erase_if(observations.epochs, [](const io::ObservationEpoch& epoch) {
+        return !io::IsInCalendar(epoch.time);
+    });
+}
+
 EpochPairs PairEpochs(const io::Observations& rover, const io::Observations& base) {
     EpochPairs result;
     const auto rovers = UsableEpochs(rover, result);

@@ -28,6 +28,9 @@ struct EpochPairs {
     std::size_t acrossWeeks = 0;  // pairs whose tags lie in two weeks
 };
 
+// Takes out the epochs whose time no calendar has; answers how many.
+std::size_t DropUntimed(io::Observations& observations);
+
 // Pairs the epochs whose tags differ by at most kPairingTolerance, each with its nearest. An epoch
 // whose antenna was moving, and one that does not come after the one before it, is left out. The
 // engine keeps time in whole seconds and takes the week of the base, so of several pairs in one

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <set>
 
 namespace vornel::session {
@@ -37,9 +38,20 @@ double StepOf(const std::vector<io::GpsTime>& times) {
     return step;
 }
 
+// The times without those that all but repeat the one before.
+std::vector<io::GpsTime> Apart(const std::set<io::GpsTime>& distinct) {
+    constexpr double kLeastStep = 0.001;  // s
+    std::vector<io::GpsTime> times;
+    for (const io::GpsTime& time : distinct) {
+        if (times.empty() || io::SecondsBetween(times.back(), time) >= kLeastStep) {
+            times.push_back(time);
+        }
+    }
+    return times;
+}
+
 // The times with one more entry in each gap, which no satellite has a value at.
-std::vector<io::GpsTime> WithGapsMarked(const std::set<io::GpsTime>& distinct) {
-    const std::vector<io::GpsTime> times(distinct.begin(), distinct.end());
+std::vector<io::GpsTime> WithGapsMarked(const std::vector<io::GpsTime>& times) {
     const double step = StepOf(times);
     std::vector<io::GpsTime> marked;
     for (const io::GpsTime& time : times) {
@@ -59,14 +71,15 @@ OrbitTables JoinOrbits(const std::vector<io::PreciseOrbits>& files) {
     std::set<io::GpsTime> distinct;
     std::set<std::string> unnumbered;
     for (const io::PreciseOrbits& file : files) {
-        distinct.insert(file.epochs.begin(), file.epochs.end());
+        std::copy_if(file.epochs.begin(), file.epochs.end(),
+                     std::inserter(distinct, distinct.end()), io::IsInCalendar);
         if (!file.coordinateSystem.empty() &&
             std::find(tables.frames.begin(), tables.frames.end(), file.coordinateSystem) ==
                 tables.frames.end()) {
             tables.frames.push_back(file.coordinateSystem);
         }
     }
-    tables.times = WithGapsMarked(distinct);
+    tables.times = WithGapsMarked(Apart(distinct));
 
     std::map<EngineSatellite, std::map<io::GpsTime, Values>> points;
     for (const io::PreciseOrbits& file : files) {
@@ -77,7 +90,10 @@ OrbitTables JoinOrbits(const std::vector<io::PreciseOrbits>& files) {
                 continue;
             }
             for (const io::OrbitPoint& point : series.points) {
-                points[*satellite].try_emplace(file.epochs[point.epoch], ValuesOf(point));
+                const io::GpsTime& time = file.epochs[point.epoch];
+                if (io::IsInCalendar(time)) {
+                    points[*satellite].try_emplace(time, ValuesOf(point));
+                }
             }
         }
     }

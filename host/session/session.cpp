@@ -27,6 +27,7 @@ class Preparation {
     }
 
     Session Done() {
+        DropUntimedEpochs();
         DescribeStation(s_.rover, s_.inputs.rover, s_.settings.values.roverHeight, "rover");
         DescribeStation(s_.base, s_.inputs.base, s_.settings.values.baseHeight, "base");
         RequireEpochs();
@@ -50,10 +51,31 @@ class Preparation {
         s_.settings.origins[setting] = {"data", std::move(reason)};
     }
 
+    void DropUntimedEpochs() {
+        const std::size_t count = DropUntimed(s_.inputs.base) + DropUntimed(s_.inputs.rover);
+        if (count > 0) {
+            Warn(Plural(count, "epoch") + " without a date between 1980 and 2100 were left out");
+        }
+    }
+
+    // A length of the header in metres; 0 for one that no antenna has.
+    double SoundLength(double metres, const char* what, const char* role) {
+        constexpr double kMost = 1000.0;
+        if (std::abs(metres) <= kMost) {
+            return metres;
+        }
+        Warn(std::string(role) + ": the " + what + " of the header, " + Format("%g", metres) +
+             " m, is none that an antenna has; 0 is used");
+        return 0.0;
+    }
+
     void DescribeStation(Station& station, const io::Observations& observations,
                          const std::optional<double>& height, const char* role) {
-        const io::StationHeader& header = observations.station();
-        station.header = header;
+        station.header = observations.station();
+        io::StationHeader& header = station.header;
+        header.antennaHeight = SoundLength(header.antennaHeight, "antenna height", role);
+        header.antennaNorth = SoundLength(header.antennaNorth, "antenna's offset north", role);
+        header.antennaEast = SoundLength(header.antennaEast, "antenna's offset east", role);
         station.name = header.markerName.empty() ? FileName(observations.file) : header.markerName;
         station.epochs = observations.epochs.size();
         if (!observations.epochs.empty()) {
@@ -414,19 +436,20 @@ class Preparation {
         return common;
     }
 
-    bool OrbitAtAnyEpoch(EngineSatellite satellite) const {
+    std::vector<io::GpsTime> TimesOfPairs() const {
+        std::vector<io::GpsTime> times;
+        for (const EpochPair& pair : s_.pairs) {
+            times.push_back(EngineTime(s_.inputs.rover.epochs[pair.rover].time,
+                                       s_.inputs.base.epochs[pair.base].time));
+        }
+        return times;
+    }
+
+    bool OrbitAtAnyEpoch(EngineSatellite satellite, const std::vector<io::GpsTime>& times) const {
         if (s_.precise) {
             return s_.orbits.satellites.contains(satellite);
         }
-        // An hour apart is close enough: a record reaches four.
-        io::GpsTime time = s_.FirstTime();
-        constexpr double kStep = 3600.0;
-        for (; time < s_.LastTime(); time = io::Shifted(time, kStep)) {
-            if (HasOrbit(s_.ephemerides, satellite, time)) {
-                return true;
-            }
-        }
-        return HasOrbit(s_.ephemerides, satellite, s_.LastTime());
+        return HasOrbit(s_.ephemerides, satellite, times);
     }
 
     void NameSatellitesLeftOut() {
@@ -443,9 +466,10 @@ class Preparation {
                                "no satellite was observed by both receivers at a common epoch",
                                "see `vornel info` for what the files hold");
         }
+        const auto times = TimesOfPairs();
         bool anyOrbit = false;
         for (const EngineSatellite& satellite : common) {
-            if (!OrbitAtAnyEpoch(satellite)) {
+            if (!OrbitAtAnyEpoch(satellite, times)) {
                 s_.leftOut.withoutOrbit.insert(satellite);
                 continue;
             }
@@ -531,8 +555,13 @@ void AddExclusions(const Session& session, Engine& engine) {
         whole.insert(satellite);
     }
     constexpr double kADay = 86400.0;
-    const io::GpsTime before = io::Shifted(session.FirstTime(), -kADay);
-    const io::GpsTime after = io::Shifted(session.LastTime(), kADay);
+    const auto withinCalendar = [](const io::GpsTime& time, const io::GpsTime& otherwise) {
+        return io::IsInCalendar(time) ? time : otherwise;
+    };
+    const io::GpsTime before =
+        withinCalendar(io::Shifted(session.FirstTime(), -kADay), session.FirstTime());
+    const io::GpsTime after =
+        withinCalendar(io::Shifted(session.LastTime(), kADay), session.LastTime());
     for (const Exclusion& exclusion : session.settings.values.exclusions) {
         if (!exclusion.start && !exclusion.end) {
             whole.insert(exclusion.satellite);

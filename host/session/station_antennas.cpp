@@ -1,10 +1,16 @@
 #include "session/station_antennas.h"
 
+#include <cmath>
+
 namespace vornel::session {
 namespace {
 
 Vector3 Neu(const io::PhaseCentreOffset& offset) {
     return {offset.north, offset.east, offset.up};
+}
+
+bool IsFinite(const io::PhaseCentreOffset& offset) {
+    return std::isfinite(offset.north) && std::isfinite(offset.east) && std::isfinite(offset.up);
 }
 
 bool Take(AntennaChoice& choice, const io::AntennaFile& file, const std::string& radome,
@@ -13,10 +19,13 @@ bool Take(AntennaChoice& choice, const io::AntennaFile& file, const std::string&
         io::FindReceiverAntenna(file, station.antennaType, radome, station.antennaSerial, time);
     const io::PhaseCentreOffset* first =
         antenna == nullptr ? nullptr : io::FindOffset(*antenna, "G01");
-    if (first == nullptr) {
+    if (first == nullptr || !IsFinite(*first)) {
         return false;
     }
     const io::PhaseCentreOffset* second = io::FindOffset(*antenna, "G02");
+    if (second != nullptr && !IsFinite(*second)) {
+        return false;
+    }
     choice.found = true;
     choice.usedRadome = antenna->radome;
     choice.serial = antenna->serial;

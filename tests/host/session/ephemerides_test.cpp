@@ -55,6 +55,9 @@ TEST(Ephemerides, RecordsBeyondTheBoundsOfTheHeaderAreDropped) {
         {"eccentricity out of bounds", [](auto& r) { r.eccentricity = -1e-9; }},
         {"semi-major axis out of bounds", [](auto& r) { r.sqrtA = 999.9; }},
         {"semi-major axis out of bounds", [](auto& r) { r.sqrtA = 10000.1; }},
+        {"clock out of bounds", [](auto& r) { r.af0 = 1.0001; }},
+        {"clock out of bounds", [](auto& r) { r.af1 = -1.1e-3; }},
+        {"clock out of bounds", [](auto& r) { r.af2 = 1.1e-6; }},
         {"angle out of bounds", [](auto& r) { r.m0 = 300.0; }},
         {"angle out of bounds", [](auto& r) { r.omega0 = -7.01; }},
         {"angle out of bounds", [](auto& r) { r.omega = 7.01; }},
@@ -110,6 +113,14 @@ TEST(Ephemerides, GlonassStatesKeepTheirBounds) {
     EXPECT_EQ(with([](auto& r) { r.position[1] = kNan; }).dropped.count("value not finite"), 1U);
     EXPECT_EQ(with([](auto& r) { r.velocity[1] = INFINITY; }).dropped.count("value not finite"),
               1U);
+    for (const int leapSeconds : {-1, 101}) {
+        EXPECT_EQ(with([&](auto& r) {
+                      r.leapSeconds = leapSeconds;
+                  }).dropped.count("reference time out of bounds"),
+                  1U);
+    }
+    EXPECT_EQ(with([](auto& r) { r.clockBias = -1.1; }).dropped.count("clock out of bounds"), 1U);
+    EXPECT_EQ(with([](auto& r) { r.clockDrift = 2e-3; }).dropped.count("clock out of bounds"), 1U);
     EXPECT_EQ(with([](auto& r) { r.channel = 14; }).dropped.count("GLONASS channel out of bounds"),
               1U);
     EXPECT_EQ(with([](auto& r) { r.health = 1; }).dropped.count("GLONASS satellite not healthy"),
@@ -169,8 +180,11 @@ TEST(Ephemerides, BeiDouTimesStayInBdtAndReachFourHours) {
     ASSERT_EQ(result.kepler.size(), 1U);
     EXPECT_EQ(result.kepler[0].record.toe, 331186.0);
     EXPECT_EQ(result.kepler[0].reference, (io::GpsTime{2111, 331200.0}));
-    EXPECT_TRUE(HasOrbit(result, {EngineSystem::kBds, 11}, kFirst));
-    EXPECT_FALSE(HasOrbit(result, {EngineSystem::kBds, 11}, kLast));
+    EXPECT_TRUE(HasOrbit(result, {EngineSystem::kBds, 11}, {kFirst}));
+    EXPECT_FALSE(HasOrbit(result, {EngineSystem::kBds, 11}, {kLast}));
+    // Any of the times will do, however far they lie apart.
+    EXPECT_TRUE(HasOrbit(result, {EngineSystem::kBds, 11}, {{0, 0.0}, kFirst, {6000, 0.0}}));
+    EXPECT_FALSE(HasOrbit(result, {EngineSystem::kBds, 11}, {{0, 0.0}, {6000, 0.0}}));
     EXPECT_EQ(result.dropped.at("too far from the session"), 1U);
 }
 

@@ -33,6 +33,18 @@ TEST(Epochs, ATenthOfASecondIsStillTogether) {
               (List{{0, 0}, {1, 1}}));
 }
 
+TEST(Epochs, WhatNoCalendarHasIsTakenOut) {
+    io::Observations observations = AtSeconds({0.0, -1.0, 604800.0, 30.0, NAN, 604799.5});
+    observations.epochs.push_back(observations.epochs.front());
+    observations.epochs.back().time.week = 6261;
+    observations.epochs.push_back(observations.epochs.front());
+    observations.epochs.back().time.week = -1;
+    EXPECT_EQ(DropUntimed(observations), 5U);
+    ASSERT_EQ(observations.epochs.size(), 3U);
+    EXPECT_EQ(observations.epochs[1].time.seconds, 30.0);
+    EXPECT_EQ(observations.epochs[2].time.seconds, 604799.5);
+}
+
 TEST(Epochs, MissingEpochsAreCountedOnBothSides) {
     const EpochPairs pairs =
         PairEpochs(AtSeconds({0, 30, 90, 120, 150}), AtSeconds({30, 60, 90, 150}));

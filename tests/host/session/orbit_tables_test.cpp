@@ -44,6 +44,21 @@ TEST(OrbitTables, MissingValuesGetTheMarker) {
     EXPECT_EQ(values[3][5], 0.999999999999);
 }
 
+TEST(OrbitTables, TimesThatNoCalendarHasOrThatRepeatAreLeftOut) {
+    io::PreciseOrbits file = File(0.0, 12, 300.0);
+    file.epochs[3] = {-5, 100.0};
+    file.epochs[7] = {2111, NAN};
+    file.epochs[8] = {2111, 2700.0000001};  // where the next one stands
+    const OrbitTables tables = JoinOrbits({file});
+    // The hole of 900 s that 3, 7 and 8 leave behind is marked by an entry each.
+    for (std::size_t i = 1; i < tables.times.size(); ++i) {
+        EXPECT_GE(io::SecondsBetween(tables.times[i - 1], tables.times[i]), 0.001);
+        EXPECT_TRUE(io::IsInCalendar(tables.times[i]));
+    }
+    EXPECT_EQ(tables.times.size(), 9U + 2U);
+    EXPECT_EQ(tables.satellites.at({EngineSystem::kGps, 5})[0].size(), tables.times.size());
+}
+
 TEST(OrbitTables, FilesJoinInTimeAndTheFirstCounts) {
     const OrbitTables tables =
         JoinOrbits({File(3600.0, 12, 300.0, {}, 2.1e7), File(0.0, 13, 300.0, {}, 2.0e7)});

@@ -251,6 +251,44 @@ TEST(SessionPreparation, AnEccentricAntennaIsReducedToItsMarker) {
     EXPECT_NEAR(Length(Minus(handed, session.base.position)), std::sqrt(5.0), 1e-9);
 }
 
+TEST(SessionPreparation, ALengthThatNoAntennaHasIsNotUsed) {
+    Inputs inputs = ReadWettzell();
+    inputs.base.stations.front().antennaHeight = 1e9;
+    inputs.rover.stations.front().antennaEast = NAN;
+    const Session session = PrepareSession(std::move(inputs), {});
+    EXPECT_EQ(session.base.antennaHeight, 0.0);
+    EXPECT_EQ(Length(session.rover.eccentricity), 0.0);
+    EXPECT_EQ(session.rover.antennaHeight, 0.284);
+    EXPECT_THAT(session.warnings,
+                testing::IsSupersetOf({"base: the antenna height of the header, 1e+09 m, is none "
+                                       "that an antenna has; 0 is used",
+                                       "rover: the antenna's offset east of the header, nan m, is "
+                                       "none that an antenna has; 0 is used"}));
+}
+
+TEST(SessionPreparation, AnAntennaWithoutFiniteOffsetsIsNotFound) {
+    Inputs inputs = ReadWettzell();
+    io::AntennaFile file;
+    io::AntennaCalibration& antenna = file.antennas.emplace_back();
+    antenna.type = "LEIAR25.R3";
+    antenna.radome = "LEIT";
+    antenna.offsets = {{"G01", 0.0, 0.0, 0.16}, {"G02", 0.0, INFINITY, 0.15}};
+    inputs.antennas.push_back(file);
+    const Session session = PrepareSession(std::move(inputs), {});
+    EXPECT_FALSE(session.base.antenna.found);
+    EXPECT_FALSE(session.antennasApplied);
+}
+
+TEST(SessionPreparation, EpochsThatNoCalendarHasAreLeftOut) {
+    Inputs inputs = ReadWettzell();
+    inputs.base.epochs[3].time = {-3, 0.0};
+    inputs.rover.epochs[7].time.seconds = NAN;
+    const Session session = PrepareSession(std::move(inputs), {});
+    EXPECT_EQ(session.pairs.size(), 118U);
+    EXPECT_THAT(session.warnings,
+                testing::Contains("2 epochs without a date between 1980 and 2100 were left out"));
+}
+
 TEST(SessionPreparation, SatellitesWithoutANumberAreNamed) {
     Inputs inputs = ReadWettzell();
     const Session session = PrepareSession(std::move(inputs), {});
