@@ -11,8 +11,10 @@
 #pragma GCC diagnostic pop
 #endif
 
+#include <algorithm>
 #include <charconv>
 #include <sstream>
+#include <string_view>
 #include <vector>
 
 #include "io/file_bytes.h"
@@ -70,6 +72,19 @@ std::vector<std::vector<std::string>> Uses(const session::SettingSpec& spec,
     return uses;
 }
 
+// The text with a question mark for each byte beyond ASCII, which only comments have a use for. The
+// parser's test for foreign white space (toml++ 3.3) has no answer for most letters of other
+// scripts.
+std::string InAscii(std::string text) {
+    constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+    if (text.starts_with(kByteOrderMark)) {
+        text.erase(0, kByteOrderMark.size());
+    }
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; }, '?');
+    return text;
+}
+
 void Take(const std::string& path, const std::string& key, const toml::node& node,
           session::ConfiguredSettings& settings) {
     const std::string where = Where(path, node.source());
@@ -104,7 +119,7 @@ void TakeToml(const std::string& text, const std::string& path,
               session::ConfiguredSettings& settings) {
     toml::table table;
     try {
-        table = toml::parse(text, path);
+        table = toml::parse(InAscii(text), path);
     } catch (const toml::parse_error& error) {
         throw ConfigError(ExitCode::kConfigSyntax, Where(path, error.source()) + "not TOML: " +
                                                        std::string(error.description()));

@@ -456,6 +456,11 @@ const std::vector<Case> kConfiguration = {
          "integer 'a'"},
     Case{"UnknownKey", [](T t) { return t.Config("min-epochs = 5\n\nratio = 3\n"); }, 41,
          "{}/c.toml:3: unknown key 'ratio'; did you mean 'ratio-threshold'?"},
+    Case{"LettersOfAnotherScript",
+         [](T t) {
+             return t.Config("\xef\xbb\xbf# \xd0\xb2\xd1\x8b\xd1\x81\n\"\xc3\xa9xclude\" = 1\n");
+         },
+         41, "{}/c.toml:2: unknown key '??xclude'; did you mean 'exclude'?"},
     Case{"UnknownTable", [](T t) { return t.Config("[engine]\nslvmode = 1\n"); }, 41,
          "{}/c.toml:1: unknown key 'engine'; did you mean 'end'?"},
     Case{"OutOfRange", [](T t) { return t.Config("elevationMask = 91\n"); }, 42,
