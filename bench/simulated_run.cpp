@@ -6,7 +6,8 @@
 
 #include "VornelBlCore.h"
 #include "measure.h"
-#include "sessions.h"
+#include "simulation/known_scenarios.h"
+#include "simulation/session_run.h"
 
 int main(int argc, char** argv) {
     if (argc < 3) {
@@ -15,8 +16,8 @@ int main(int argc, char** argv) {
     }
     using namespace vornel::bench;
     const int epochCount = std::atoi(argv[1]);
-    const auto session = vornel::simulation::Simulate(
-        FourSystems(epochCount, std::atof(argv[2]), argc > 3 ? std::atoi(argv[3]) : 6));
+    const auto session = vornel::simulation::Simulate(vornel::simulation::FourSystems(
+        epochCount, std::atof(argv[2]), argc > 3 ? std::atoi(argv[3]) : 6));
     ResetPeakMemory();
     const long before = MemoryKb("VmRSS");
     const double start = ProcessorSeconds();

@@ -10,7 +10,8 @@
 #include "observation/between_station_model.h"
 #include "orbit/broadcast_ephemeris.h"
 #include "orbit/glonass_orbit.h"
-#include "sessions.h"
+#include "simulation/known_scenarios.h"
+#include "simulation/session_run.h"
 
 namespace {
 
@@ -18,7 +19,7 @@ using namespace vornel;
 
 const simulation::Session& Hour() {
     static const simulation::Session session =
-        simulation::Simulate(bench::FourSystems(120, 30.0, 3));
+        simulation::Simulate(simulation::FourSystems(120, 30.0, 3));
     return session;
 }
 
