@@ -57,6 +57,9 @@ double Draw::Logarithmic(double low, double high) {
 }
 
 int Draw::Whole(int low, int high) {
+    if (high < low) {
+        throw std::invalid_argument("nothing to draw from");
+    }
     const auto count = static_cast<std::uint64_t>(high - low + 1);
     return low + static_cast<int>(simulation::HashOf({seed_, 78, count_++}) % count);
 }
