@@ -150,6 +150,14 @@ void Parse(CLI::App& command, const std::string& name, const Words& words) {
     }
 }
 
+// The engine cuts a longer path off, and would write to another file. A keyword of two characters
+// becomes four at most.
+std::string TracePathFault(const std::string& path) {
+    constexpr std::size_t kLongest = 1023;
+    const auto keywords = static_cast<std::size_t>(std::count(path.begin(), path.end(), '%'));
+    return path.size() + 2 * keywords > kLongest ? "a path of more than 1023 characters" : "";
+}
+
 Arguments ParseSolve(const Words& words) {
     CLI::App command;
     command.set_help_flag();
@@ -161,7 +169,7 @@ Arguments ParseSolve(const Words& words) {
     command.add_option("--json", solve.json);
     command.add_option("--csv", solve.csv);
     command.add_option("--report", solve.report);
-    CLI::Option* trace = command.add_option("--trace", solve.trace);
+    CLI::Option* trace = command.add_option("--trace", solve.trace)->check(TracePathFault);
     command.add_option("--trace-level", solve.traceLevel)->needs(trace)->check(CLI::Range(0, 5));
     command.add_flag("--verbose,-v", solve.verbose);
     Parse(command, "solve", words);

@@ -568,7 +568,12 @@ const std::vector<Case> kUsage = {
          [](T t) {
              return t.DemoSolve({"--trace", t.Path("t"), "--trace-level", "9"});
          },
-         2, "--trace-level: Value 9 not in range 0 to 5; see `vornel solve --help`"}};
+         2, "--trace-level: Value 9 not in range 0 to 5; see `vornel solve --help`"},
+    Case{"TracePathTooLong",
+         [](T t) {
+             return t.DemoSolve({"--trace", std::string(1022, 'x') + "%Y"});
+         },
+         2, "--trace: a path of more than 1023 characters; see `vornel solve --help`"}};
 INSTANTIATE_TEST_SUITE_P(Usage, BadInputs, testing::ValuesIn(kUsage), kNameOf);
 
 TEST_F(BadInput, OutputsThatCannotBeWritten) {
