@@ -86,22 +86,24 @@ EpochPairs PairEpochs(const io::Observations& rover, const io::Observations& bas
     return result;
 }
 
-std::set<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
-                                           const std::vector<SignalValues>& base) {
-    std::set<EngineSatellite> ofRover, common;
+std::vector<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
+                                              const std::vector<SignalValues>& base) {
+    std::vector<EngineSatellite> common;
+    common.reserve(std::min(rover.size(), base.size()));
+    auto other = base.begin();
     for (const SignalValues& values : rover) {
-        ofRover.insert(values.satellite);
-    }
-    for (const SignalValues& values : base) {
-        if (ofRover.contains(values.satellite)) {
-            common.insert(values.satellite);
+        while (other != base.end() && other->satellite < values.satellite) {
+            ++other;
+        }
+        if (other != base.end() && other->satellite == values.satellite) {
+            common.push_back(values.satellite);
         }
     }
     return common;
 }
 
 EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
-                              const std::set<EngineSatellite>& common,
+                              const std::vector<EngineSatellite>& common,
                               std::set<EngineSatellite>& leftOut) {
     EngineReceiverEpoch epoch;
     epoch.week = time.week;
@@ -109,7 +111,7 @@ EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalV
     std::size_t slot = 0;
     for (const bool wanted : {true, false}) {
         for (const SignalValues& value : values) {
-            if (common.contains(value.satellite) != wanted) {
+            if (std::binary_search(common.begin(), common.end(), value.satellite) != wanted) {
                 continue;
             }
             if (slot == kEngineSlots) {

@@ -43,12 +43,12 @@ io::GpsTime EngineTime(const io::GpsTime& rover, const io::GpsTime& base);
 // One receiver's slots, of at most 64 satellites. Those in `common` come first. Names of satellites
 // that found no place are put into `leftOut`.
 EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
-                              const std::set<EngineSatellite>& common,
+                              const std::vector<EngineSatellite>& common,
                               std::set<EngineSatellite>& leftOut);
 
-// The satellites in both lists.
-std::set<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
-                                           const std::vector<SignalValues>& base);
+// The satellites in both lists. These and what is given are in the order of satellites.
+std::vector<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
+                                              const std::vector<SignalValues>& base);
 
 // The most frequent distance of consecutive pairs in seconds, to 0.1 s; 0 with fewer than two.
 double IntervalOf(const io::Observations& rover, const std::vector<EpochPair>& pairs);

@@ -41,7 +41,8 @@ io::GnssSystem FormatSystemOf(EngineSystem system);
 // 32, BeiDou above 36, Galileo above 32, other systems).
 std::optional<EngineSatellite> ToEngine(io::SatelliteId satellite);
 
-// The number across the systems, 1 to 135.
+// The number across the systems, from 1.
+inline constexpr int kHighestSatelliteNumber = 135;
 int NumberAcrossSystems(EngineSatellite satellite);
 
 // "G05".

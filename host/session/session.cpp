@@ -429,9 +429,11 @@ class Preparation {
         std::set<EngineSatellite> common;
         ValueLosses losses;
         for (const EpochPair& pair : s_.pairs) {
-            common.merge(
-                CommonSatellites(roverReader.Read(s_.inputs.rover.epochs[pair.rover], losses),
-                                 baseReader.Read(s_.inputs.base.epochs[pair.base], losses)));
+            for (const EngineSatellite& satellite :
+                 CommonSatellites(roverReader.Read(s_.inputs.rover.epochs[pair.rover], losses),
+                                  baseReader.Read(s_.inputs.base.epochs[pair.base], losses))) {
+                common.insert(satellite);
+            }
         }
         return common;
     }

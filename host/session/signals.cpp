@@ -1,9 +1,9 @@
 #include "session/signals.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cmath>
 #include <map>
-#include <set>
 #include <string_view>
 
 namespace vornel::session {
@@ -228,13 +228,20 @@ SignalReader::SignalReader(const io::Observations& observations, const SignalCho
 
 std::vector<SignalValues> SignalReader::Read(const io::ObservationEpoch& epoch,
                                              ValueLosses& losses) const {
+    const auto rows = observations_.SatellitesOf(epoch);
     std::vector<SignalValues> list;
-    std::set<EngineSatellite> seen;
-    for (const io::SatelliteRow& row : observations_.SatellitesOf(epoch)) {
+    list.reserve(rows.size());
+    std::bitset<kHighestSatelliteNumber + 1> seen;
+    for (const io::SatelliteRow& row : rows) {
         const auto satellite = ToEngine(row.satellite);
-        if (!satellite || !seen.insert(*satellite).second) {
+        if (!satellite) {
             continue;
         }
+        const auto number = static_cast<std::size_t>(NumberAcrossSystems(*satellite));
+        if (seen.test(number)) {
+            continue;
+        }
+        seen.set(number);
         SignalValues values;
         values.satellite = *satellite;
         bool any = false;

@@ -101,8 +101,8 @@ TEST(Epochs, SixtyFourSlotsCommonOnesFirst) {
     for (int prn = 1; prn <= 32; ++prn) {
         list.push_back(Values(EngineSystem::kGalileo, prn));
     }
-    const std::set<EngineSatellite> common = {{EngineSystem::kGalileo, 32},
-                                              {EngineSystem::kGalileo, 31}};
+    const std::vector<EngineSatellite> common = {{EngineSystem::kGalileo, 31},
+                                                 {EngineSystem::kGalileo, 32}};
     std::set<EngineSatellite> leftOut;
     const EngineReceiverEpoch epoch = FillSlots({2111, 30.5}, list, common, leftOut);
     EXPECT_EQ(epoch.week, 2111);
