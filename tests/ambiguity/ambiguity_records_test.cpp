@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 #include <type_traits>
 #include <vector>
 
@@ -178,6 +179,59 @@ TEST(FindAmbiguityTest, ADefaultRecordMatchesNoSatelliteAndNoEpoch) {
     }
     EXPECT_EQ(FindAmbiguity(std::vector<AmbRstInfo>(), 1, 0), -1);
     EXPECT_EQ(FindAmbiguity(std::vector<AmbiguityPara>(), 1, 0), -1);
+}
+
+// --- the same lookup by satellite, prepared once
+
+// Position of the first record of the satellite whose stretch holds the epoch.
+template <typename T>
+int FirstHolding(const std::vector<T>& list, int sat, int epoch) {
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (list[i].sat == sat && epoch >= list[i].firstEpoch && epoch <= list[i].lastEpoch) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
+TEST(AmbiguityIndexTest, FindsTheFirstRecordOfEverySatelliteAndEpoch) {
+    // Lists in no order, with stretches that overlap, repeat, hold one epoch or end before they
+    // begin.
+    std::mt19937_64 random(7);
+    const auto drawn = [&random](int least, int most) {
+        return std::uniform_int_distribution<int>(least, most)(random);
+    };
+    for (int round = 0; round < 40; ++round) {
+        std::vector<AmbRstInfo> records;
+        std::vector<AmbiguityPara> segments;
+        for (int count = drawn(0, 60); count > 0; --count) {
+            const int sat = round % 2 == 0 ? drawn(1, 6) : drawn(1, 135);
+            const int first = drawn(0, 20);
+            const int last = first + drawn(-1, 8);
+            records.push_back(Record(sat, first, last));
+            segments.emplace_back(sat, first, last);
+        }
+        const AmbiguityIndex ofRecords(records), ofSegments(segments);
+        for (int sat = 1; sat <= 135; ++sat) {
+            for (int epoch = -1; epoch <= 30; ++epoch) {
+                const int expected = FirstHolding(records, sat, epoch);
+                ASSERT_EQ(ofRecords.Find(sat, epoch), expected) << sat << " at " << epoch;
+                ASSERT_EQ(ofSegments.Find(sat, epoch), expected) << sat << " at " << epoch;
+            }
+        }
+    }
+}
+
+TEST(AmbiguityIndexTest, NumbersOfNoSatelliteAreNotFoundAndDisturbNoOther) {
+    const std::vector<AmbRstInfo> records = {Record(-1, 0, 9),  Record(0, 0, 9), Record(136, 0, 9),
+                                             Record(135, 2, 4), Record(1, 5, 6), AmbRstInfo()};
+    const AmbiguityIndex index(records);
+    EXPECT_EQ(index.Find(135, 2), 3);
+    EXPECT_EQ(index.Find(135, 5), -1);
+    EXPECT_EQ(index.Find(1, 6), 4);
+    EXPECT_EQ(index.Find(1, 0), -1);
+    EXPECT_EQ(index.Find(2, 0), -1);
+    EXPECT_EQ(AmbiguityIndex(std::vector<AmbRstInfo>()).Find(1, 0), -1);
 }
 
 }  // namespace

@@ -269,6 +269,18 @@ TEST_F(FixingStrategy, ADeviationOfMoreThanTwoAndAThirdCyclesGoesWithoutTheFlipp
     }
 }
 
+TEST_F(FixingStrategy, EqualBestAndSecondLeaveNothingToShrinkBy) {
+    // A value that is whole to the last bit is met again as its own neighbour, so that best and
+    // second are the same: none differs, none is far from its integer, and the ratio stays at 1.
+    FileFloat(1, {{5.0, 0.01}, kGood, kGood, kGood, kGood, kGood, kGood, kGood});
+    EXPECT_EQ(FixByLambda(1), 1);
+    EXPECT_EQ(answer, 1);
+    EXPECT_EQ(out.ratio, 1.0);
+    ASSERT_EQ(out.ambiguities.size(), 8u);
+    EXPECT_EQ(out.ambiguities[0].value1, 5.0);
+    EXPECT_EQ(out.ambiguities[7].value1, 7.0);
+}
+
 TEST_F(FixingStrategy, NothingToSearchNeedsNoSearch) {
     for (const bool lambda : {true, false}) {
         SetUp();
@@ -512,6 +524,39 @@ TEST_F(WholeSessionSearch, WhenLambdaFailsTheSearchsResultIsTaken) {
     ASSERT_EQ(staged->solver->FixByLambda(1, byLambda), 0);
     EXPECT_EQ(staged->solver->FixAmbiguity(1, 1, out), 1);
     ExpectTrue(*staged, out, 1, 5);
+}
+
+TEST_F(WholeSessionSearch, EpochsThatHoldNoDoubleDifferencePlayNoPart) {
+    // Each kind of such an epoch holds phases that would spoil the search if they were used: before
+    // the first period; in a period that lost its references; without the reference; with nothing
+    // but the reference.
+    Scenario scenario = QuietScenario(6, 0, 0, 0, 1);
+    scenario.epochCount = 60;
+    scenario.phaseNoise = 0.0005;
+    const auto staged = AfterFloat(scenario, 1);
+    StaticSolve& solver = *staged->solver;
+    const SolveResultFixed truth = staged->TrueFix(1);
+    const int reference = staged->ReferenceOf(kGps);
+    for (const int e : {0, 1, 20, 30, 58, 59}) {
+        for (const int sat : staged->session.satellites) {
+            staged->JumpAt(sat, e, 37.3 * sat, 0.0);
+        }
+    }
+    StaticPeriod lost = solver.periods[0];
+    solver.periods[0].startIndex = 2;
+    solver.periods[0].endIndex = 57;
+    lost.startIndex = 58;
+    lost.refSatGps = -1;
+    solver.periods.push_back(lost);
+    staged->DropOut(reference, 20, 20);
+    staged->Epoch(30).activeSats = {reference};
+    SolveResultFixed out;
+    EXPECT_EQ(solver.FixBySearch(1, out), 1);
+    EXPECT_GT(out.ratio, 1.8);
+    ASSERT_EQ(out.ambiguities.size(), 5u);
+    for (const AmbRstInfo& track : out.ambiguities) {
+        EXPECT_EQ(track.value1, AdjustedSession::TrackOf(truth.ambiguities, track.sat).value1);
+    }
 }
 
 }  // namespace

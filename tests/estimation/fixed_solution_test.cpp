@@ -630,5 +630,68 @@ TEST_F(FixedSolution, RejectionGoesByTheResidualsOfThePassBefore) {
     EXPECT_LT(simulation::ErrorOf(result, staged.session), 4.0 * result.sigma3);
 }
 
+TEST_F(FixedSolution, EpochsThatHoldNoReferencePlayNoPart) {
+    // Their phases would spoil the vector if they were used.
+    AdjustedSession staged(ScenarioOf(7, 0, 0, 0, 1));
+    SolveResultFixed fix = staged.TrueFix(1);
+    for (const int e : {0, 20, 39}) {
+        for (const int sat : staged.session.satellites) {
+            staged.JumpAt(sat, e, 0.01 * sat, 0.0);
+        }
+    }
+    StaticPeriod lost = staged.solver->periods[0];
+    staged.solver->periods[0].startIndex = 1;
+    staged.solver->periods[0].endIndex = 38;
+    lost.startIndex = 39;
+    lost.refSatGps = -1;
+    staged.solver->periods.push_back(lost);
+    staged.DropOut(staged.ReferenceOf(kGps), 20, 20);
+    ASSERT_EQ(staged.solver->FixedSolveMulEq(1, fix), 1);
+    for (const AmbRstInfo& track : fix.ambiguities) {
+        EXPECT_EQ(track.rows1, 37);
+        EXPECT_EQ(track.rejected1, 0);
+    }
+    EXPECT_LT(simulation::ErrorOf(fix, staged.session), 1e-4);
+}
+
+TEST_F(FixedSolution, ABiasThatWasGivenUpBeforeIsNoParameter) {
+    AdjustedSession staged(ScenarioOf(6, 5, 0, 0, 1));
+    staged.solver->hasGlonass = 0;
+    SolveResultFixed fix = staged.TrueFix(1);
+    ASSERT_EQ(staged.solver->FixedSolveMulEq(1, fix), 1);
+    EXPECT_EQ(fix.dof, 40 * 9 - 3);
+    for (const AmbRstInfo& track : fix.ambiguities) {
+        EXPECT_EQ(track.rows1, 40);
+    }
+    EXPECT_LT(simulation::ErrorOf(fix, staged.session), 1e-4);
+}
+
+TEST_F(FixedSolution, PassesThatNeverSettleEndWithAResult) {
+    // Few satellites with errors of long tails: the weights wander.
+    for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+        ForgetProcess();
+        AdjustedSession staged(QuietScenario(5, 0, 0, 0, 1));
+        SolveResultFixed fix = staged.TrueFix(1);
+        for (const int sat : staged.session.satellites) {
+            for (int e = 0; e < 40; ++e) {
+                const auto satellite = static_cast<std::uint64_t>(sat);
+                const auto epoch = static_cast<std::uint64_t>(e);
+                const double g = simulation::Gaussian(seed, 99, satellite, epoch);
+                staged.JumpAt(sat, e, (0.01 * g + 0.02 * g * g * g) / 0.19, 0.0);
+            }
+        }
+        ASSERT_EQ(staged.solver->FixedSolveMulEq(1, fix), 1);
+        int rows = 0, rejected = 0;
+        for (const AmbRstInfo& track : fix.ambiguities) {
+            rows += track.rows1;
+            rejected += track.rejected1;
+        }
+        EXPECT_EQ(rows + rejected, 4 * 40);
+        EXPECT_EQ(fix.dof, rows - 3);
+        EXPECT_EQ(staged.Fixed().dof, fix.dof);
+        EXPECT_LT(simulation::ErrorOf(fix, staged.session), 0.5);
+    }
+}
+
 }  // namespace
 }  // namespace vornel::test

@@ -317,6 +317,74 @@ TEST_F(FloatSolution, ATrackWithResidualsAboveHalfAMetreIsErased) {
     }
 }
 
+TEST_F(FloatSolution, ATrackIsErasedForTheResidualsOfItsSecondFrequencyToo) {
+    // Erased at the end of the first pass, the track has no part in the second, which has nothing to
+    // correct. Kept, it disturbs a solution first.
+    for (const auto& [metres, erased] : {std::pair{0.49, false}, {0.51, true}}) {
+        ForgetProcess();
+        AdjustedSession staged(QuietScenario(7, 0, 0, 0, 3));
+        staged.solver->resultManage.tripleDiff.rms = 1.0;
+        const int sat = staged.Satellite(kGps, 2);
+        for (int e = 1; e < 40; e += 2) {
+            staged.JumpAt(sat, e, 0.0, metres * std::sqrt(2.0) / 0.24421021342456825);
+        }
+        EXPECT_EQ(staged.FloatPass(3) == 1, erased) << metres;
+    }
+}
+
+TEST_F(FloatSolution, EpochsThatHoldNoReferencePlayNoPart) {
+    // Their phases would spoil the vector if they were used.
+    AdjustedSession staged(QuietScenario(7, 0, 0, 0, 1));
+    for (const int e : {0, 20, 39}) {
+        for (const int sat : staged.session.satellites) {
+            staged.JumpAt(sat, e, 0.01 * sat, 0.0);
+        }
+    }
+    StaticPeriod lost = staged.solver->periods[0];
+    staged.solver->periods[0].startIndex = 1;
+    staged.solver->periods[0].endIndex = 38;
+    lost.startIndex = 39;
+    lost.refSatGps = -1;
+    staged.solver->periods.push_back(lost);
+    staged.DropOut(staged.ReferenceOf(kGps), 20, 20);
+    for (AmbiguityPara& para : staged.solver->ambiguityParas) {
+        para.firstEpoch = 1;
+        para.lastEpoch = 38;
+    }
+    staged.FloatPass(1);
+    EXPECT_EQ(staged.Float().ambiguities.size(), 6u);
+    for (const AmbRstInfo& track : staged.Float().ambiguities) {
+        EXPECT_EQ(track.rows1, 37);
+        EXPECT_EQ(track.rejected1, 0);
+    }
+    EXPECT_LT(simulation::ErrorOf(staged.Float(), staged.session), 5e-4);
+}
+
+TEST_F(FloatSolution, ATrackThatReachesOverAPeriodsEndHasNoRows) {
+    // Two periods of 20 epochs; one track lies in both and belongs to neither.
+    AdjustedSession staged(QuietScenario(7, 0, 0, 0, 1));
+    const int sat = staged.Satellite(kGps, 2);
+    StaticPeriod later = staged.solver->periods[0];
+    staged.solver->periods[0].endIndex = 19;
+    later.startIndex = 20;
+    staged.solver->periods.push_back(later);
+    std::vector<AmbiguityPara> halves;
+    for (const AmbiguityPara& para : staged.solver->ambiguityParas) {
+        if (para.sat == sat) {
+            halves.push_back(para);
+        } else {
+            halves.emplace_back(para.sat, 0, 19);
+            halves.emplace_back(para.sat, 20, 39);
+        }
+    }
+    SortAmbiguities(halves);
+    staged.solver->ambiguityParas = halves;
+    staged.FloatPass(1);
+    EXPECT_EQ(staged.Float().ambiguities.size(), 10u);
+    EXPECT_EQ(AdjustedSession::TrackOf(staged.Float().ambiguities, sat).sat, -1);
+    EXPECT_LT(simulation::ErrorOf(staged.Float(), staged.session), 5e-4);
+}
+
 TEST_F(FloatSolution, ErasuresReachNoOtherSolution) {
     AdjustedSession staged(QuietScenario(7, 0, 0, 0, 3));
     const int sat = staged.Satellite(kGps, 2);
@@ -707,16 +775,19 @@ TEST_F(FloatSolution, AFirmPreliminaryBaselineHoldsTheVector) {
 }
 
 TEST_F(FloatSolution, WithoutTheFlagOrThePriorThereIsNoConstraint) {
-    for (const bool flag : {false, true}) {
+    struct Case {
+        int flag;
+        gult::matrixT covariance;
+    };
+    for (const Case& withoutOne : {Case{0, PriorCovariance()}, Case{1, gult::matrixT()},
+                                   Case{1, gult::matrixT(3, 2)}, Case{1, gult::matrixT(2, 3)}}) {
         ForgetProcess();
         AdjustedSession staged(QuietScenario(7, 0, 0, 0, 1));
         ASSERT_EQ(staged.FloatPass(1), 0);
         const PeriodEquations plain = staged.solver->equationBlock;
         staged.solver->roverPosition = staged.session.rover;
-        staged.solver->reservedProcessFlag = flag ? 1 : 0;
-        if (!flag) {
-            staged.solver->priorBaselineCov = PriorCovariance();
-        }
+        staged.solver->reservedProcessFlag = withoutOne.flag;
+        staged.solver->priorBaselineCov = withoutOne.covariance;
         ASSERT_EQ(staged.solver->FloatSolveMulEq(1), 1);
         PeriodEquations other = staged.solver->equationBlock, before = plain;
         EXPECT_EQ(other.normal[0](0, 0), before.normal[0](0, 0));

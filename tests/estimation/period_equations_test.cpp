@@ -381,5 +381,24 @@ TEST(PeriodEquationsTest, CommonParametersThatNothingDeterminesAreAnError) {
     EXPECT_THROW(equations.Solve(cofactors), gult::matrix_error);
 }
 
+TEST(PeriodEquationsTest, ATrackWithoutARecordIsAnError) {
+    // Tracks erased after the last solve are gone from the list, not from the tables.
+    for (const int model : {1, 3}) {
+        SessionShape shape;
+        shape.model = model;
+        shape.tracks = {4, 3};
+        shape.rowsPerTrack = {20, 20};
+        shape.drift = {1.0, 1.0};
+        const Session session(shape);
+        PeriodEquations equations = session.Equations();
+        EXPECT_EQ(equations.AmbiguitiesOfPeriod(1).size(), 3u);
+        std::vector<AmbRstInfo> erased = session.ambiguities;
+        erased.pop_back();
+        equations.SetAmbiguities(erased);
+        EXPECT_EQ(equations.AmbiguitiesOfPeriod(0).size(), 4u);
+        EXPECT_THROW(equations.AmbiguitiesOfPeriod(1), gult::matrix_error);
+    }
+}
+
 }  // namespace
 }  // namespace vornel

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <random>
 #include <string>
 #include <type_traits>
@@ -619,6 +620,29 @@ TEST(MatrixInverse, RoundsAsPlainEliminationDoes) {
     }
 }
 
+bool SameNumber(double left, double right) {
+    return left == right || (std::isnan(left) && std::isnan(right));
+}
+
+TEST(MatrixInverse, InfinitiesSpreadAsInPlainElimination) {
+    // A row divided by a pivot below the smallest reciprocal holds infinities, and nothing times
+    // infinity is no number: rows that the pivot's column does not reach are touched all the same.
+    // In the first it is the inverse alone that overflows, in the second the rest of the row.
+    const double tiny = std::numeric_limits<double>::denorm_min();
+    for (const Rows& rows : {Rows{{tiny, 0.0}, {0.0, 1.0}}, Rows{{tiny, 1.0}, {0.0, 1.0}},
+                             Rows{{1.0, 2.0, 3.0}, {0.0, tiny, 1.0}, {0.0, 0.0, 4.0}}}) {
+        const Rows inverse = ToRows(!FromRows(rows)), expected = PlainInverse(rows);
+        int overflown = 0;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            for (std::size_t j = 0; j < rows.size(); ++j) {
+                EXPECT_TRUE(SameNumber(inverse[i][j], expected[i][j])) << i << ", " << j;
+                overflown += std::isfinite(inverse[i][j]) ? 0 : 1;
+            }
+        }
+        EXPECT_GE(overflown, 2);
+    }
+}
+
 TEST(MatrixInverse, OfEqualCandidatesTheFirstRowIsThePivot) {
     // Small whole numbers give ties in most columns; which row is taken shows in the roundings.
     std::mt19937 random(7);
@@ -752,6 +776,10 @@ TEST(MatrixBlocks, FlatInversionReadsRowByRowAndWritesInPlace) {
 TEST(MatrixBlocks, FlatInversionOfASingularArrayThrows) {
     double values[] = {1.0, 2.0, 2.0, 4.0};
     EXPECT_EQ(FailureOf([&] { gult::InvertFlat(values, 2); }), kSingular);
+}
+
+TEST(MatrixStorage, MoreElementsThanThereCanBeIsOutOfMemory) {
+    EXPECT_THROW(matrixT(0xFFFFFFFFU, 0xFFFFFFFFU), std::bad_alloc);
 }
 
 }  // namespace

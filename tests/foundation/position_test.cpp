@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 
 namespace {
@@ -320,6 +321,13 @@ TEST(Azimuth, ANegativeZeroIsZero) {
     EXPECT_EQ(vornel::Azimuth(-1.0, -0.0), kPi);
     EXPECT_EQ(vornel::Azimuth(-0.0, -0.0), 0.0);
     EXPECT_FALSE(std::signbit(vornel::Azimuth(0.5, -0.0)));
+}
+
+TEST(Azimuth, OfNoNumberIsNone) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(std::isnan(vornel::Azimuth(nan, 0.0)));
+    EXPECT_TRUE(std::isnan(vornel::Azimuth(nan, 1.0)));
+    EXPECT_TRUE(std::isnan(vornel::Azimuth(1.0, nan)));
 }
 
 TEST(Azimuth, DiagonalsOfTheFourQuadrants) {

@@ -232,6 +232,17 @@ TEST_F(Driver, ArcsTooShortForTheFloatSolutionFailIt) {
     }
 }
 
+TEST_F(Driver, AModelThatThereIsNotFailsAtTheFloatSolution) {
+    for (const int model : {-1, 7, 100}) {
+        Hand(SmallSession(), model);
+        const Outcome outcome = Start();
+        EXPECT_EQ(outcome.result, 1);
+        EXPECT_EQ(outcome.status, 40);
+        EXPECT_EQ(GetFloatSolNum(), 0);
+        EXPECT_NE(Solver().resultManage.tripleDiff.length, 0.0);
+    }
+}
+
 // A hundred ambiguities that are no integers: the search for their best candidates runs out of
 // passes.
 test::SyntheticSession UnfixableSession(bool wideLaneIsWhole) {

@@ -154,6 +154,21 @@ TEST(PreciseInterpolation, AWeekIsCrossedWithoutASeam) {
     EXPECT_NEAR(out, 7.0 * 10.5, 1e-7);
 }
 
+TEST(LagrangeInterpolation, BeyondTheLastPointTheLastFiveGoOn) {
+    // Five points hold a polynomial of the fourth degree exactly; those before them lie elsewhere.
+    const auto polynomial = [](double t) {
+        return (((0.1 * t - 0.3) * t + 1.0) * t - 2.0) * t + 3.0;
+    };
+    std::vector<double> x, y;
+    for (int i = 0; i < 12; ++i) {
+        x.push_back(0.5 * i);
+        y.push_back(i < 7 ? 1000.0 : polynomial(0.5 * i));
+    }
+    for (const double t : {5.6, 6.0, 7.25}) {
+        EXPECT_NEAR(Lagrange(12, x.data(), y.data(), t), polynomial(t), 1e-9 * polynomial(t));
+    }
+}
+
 TEST(LagrangeInterpolation, SmallTables) {
     const double x[] = {1.0, 3.0, 4.0};
     const double y[] = {5.0, 9.0, -2.0};

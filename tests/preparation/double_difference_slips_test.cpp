@@ -607,5 +607,41 @@ TEST_F(DoubleDifferenceSlips, AntennasAndOtherGalileoBandsAreInTheComputedValue)
     }
 }
 
+TEST_F(DoubleDifferenceSlips, GalileoWithoutItsFirstBandIsNotTestedOnIt) {
+    for (const int band : {1, 0}) {
+        ForgetProcess();
+        StagedSession staged(SingleSystem(kGalileo, 6, 1));
+        staged.solver->config.galFreq1 = band;
+        const int sat = staged.Satellite(kGalileo, 1);
+        staged.JumpFrom(sat, 30, 3.0, 0.0);
+        staged.solver->RepairDoubleDifferenceSlips();
+        staged.ExpectOff(sat, 0, 30, 59, band == 1 ? 0.0 : 3.0);
+        EXPECT_EQ(staged.Segments(sat), kWhole);
+    }
+}
+
+TEST_F(DoubleDifferenceSlips, EpochsOutsideAllPeriodsOrWithoutTheirReferencesAreLeftAsTheyAre) {
+    StagedSession staged(Scenario());
+    Swing(staged);
+    StaticPeriod lost = staged.solver->periods[0];
+    staged.solver->periods[0].startIndex = 2;
+    staged.solver->periods[0].endIndex = 57;
+    lost.startIndex = 58;
+    lost.refSatGps = -1;
+    staged.solver->periods.push_back(lost);
+    const int sat = staged.Satellite(kGps, 1);
+    for (const int e : {0, 1, 58, 59}) {
+        staged.JumpAt(sat, e, 7.0, -5.0);
+    }
+    staged.solver->RepairDoubleDifferenceSlips();
+    for (const int e : {0, 1, 58, 59}) {
+        EXPECT_EQ(staged.Off(sat, 0, e), 7.0);
+        EXPECT_EQ(staged.Off(sat, 1, e), -5.0);
+        EXPECT_TRUE(staged.Epoch(e).IsActive(sat));
+    }
+    staged.ExpectOff(sat, 0, 2, 57, 0.0);
+    EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{2, 57}}));
+}
+
 }  // namespace
 }  // namespace vornel::test

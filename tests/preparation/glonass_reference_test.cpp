@@ -428,5 +428,15 @@ TEST_F(GlonassReference, ASimulatedReferenceHasItsTrueAmbiguity) {
     }
 }
 
+TEST_F(GlonassReference, AnArcThatEndsBeforeItBeginsIsNone) {
+    Begin(60);
+    TellAll(0, 59, 5.0, 6.0);
+    AddSegment(kReference, 30, 20);
+    AddSegment(kReference, 0, 59);
+    AddSegment(kOther, 0, 59);
+    solver->AlignGlonassReference();
+    EXPECT_EQ(Entries(), (std::vector<Entry>{{kOther, 0, 59, 5.0, 6.0}}));
+}
+
 }  // namespace
 }  // namespace vornel::test

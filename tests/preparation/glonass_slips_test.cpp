@@ -557,5 +557,23 @@ TEST_F(GlonassSlips, SegmentsAreFiledInOrderOfEpochsThenSatellites) {
     }
 }
 
+TEST_F(GlonassSlips, EpochsOutsideAllPeriodsAreLeftAsTheyAre) {
+    StagedSession staged(Scenario(5));
+    staged.solver->periods[0].startIndex = 2;
+    staged.solver->periods[0].endIndex = 57;
+    const int sat = staged.Satellite(kGlonass, 1);
+    for (const int e : {0, 1, 58, 59}) {
+        staged.JumpAt(sat, e, 7.0, -5.0);
+    }
+    staged.JumpFrom(sat, 30, 3.0, 2.0);
+    staged.solver->RepairGlonassSlips();
+    for (const int e : {0, 1, 58, 59}) {
+        EXPECT_NEAR(staged.Off(sat, 0, e), e < 30 ? 7.0 : 10.0, 1e-7);
+        EXPECT_TRUE(staged.Epoch(e).IsActive(sat));
+    }
+    staged.ExpectOff(sat, 0, 2, 57, 0.0);
+    EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{2, 57}}));
+}
+
 }  // namespace
 }  // namespace vornel::test

@@ -207,5 +207,27 @@ TEST_F(PreliminaryBaseline, ASingleSatelliteHasNone) {
     ExpectNoResult(*solver, control_.roverPosition);
 }
 
+TEST_F(PreliminaryBaseline, EpochsWithoutAPeriodOrItsReferencesPlayNoPart) {
+    // Their observed values would spoil the position if they were used.
+    session_.AddSky(kGps, 6);
+    HandOver(1e-4);
+    for (const std::size_t e : {std::size_t{0}, std::size_t{10}, control_.epochs.size() - 1}) {
+        for (const int sat : control_.epochs[e].satList) {
+            control_.epochs[e].sdObserved[sat - 1] += 0.05 * sat;
+        }
+    }
+    const auto solver = Prepared();
+    const int last = static_cast<int>(solver->epochs.size()) - 1;
+    StaticPeriod lost = solver->periods[0];
+    solver->periods[0].startIndex = 1;
+    solver->periods[0].endIndex = last - 1;
+    lost.startIndex = lost.endIndex = last;
+    lost.refSatGps = -1;
+    solver->periods.push_back(lost);
+    solver->epochs[10].RemoveActive(solver->periods[0].refSatGps);
+    ASSERT_EQ(solver->SolvePreliminaryBaseline(), 1);
+    EXPECT_LT(Distance(solver->priorBaseline, session_.rover), 1e-3);
+}
+
 }  // namespace
 }  // namespace vornel

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "frame/process_fixture.h"
@@ -538,6 +540,23 @@ TEST_F(TripleDifference, ASingularPriorIsNotCaught) {
     solver->priorBaselineCov = gult::matrixT(3, 3);
     EXPECT_THROW(solver->SolveTripleDifference(), gult::matrix_error);
     ExpectNothingStored(*solver, control_.roverPosition);
+}
+
+TEST_F(TripleDifference, ACovarianceOfAnotherShapeIsNoPrior) {
+    session_.AddSky(kGps, 6);
+    HandOver();
+    const auto free = Prepared(1);
+    ASSERT_EQ(free->SolveTripleDifference(), 21);
+    for (const auto& [rows, columns] :
+         {std::pair<std::uint32_t, std::uint32_t>{3, 2}, {2, 3}, {6, 6}}) {
+        const auto solver = Prepared(1);
+        solver->reservedProcessFlag = 1;
+        solver->priorBaselineCov = gult::matrixT(rows, columns);
+        solver->priorBaseline = test::Shifted(session_.rover, 5.0, 5.0, 5.0);
+        ASSERT_EQ(solver->SolveTripleDifference(), 21);
+        EXPECT_EQ(solver->roverPosition.X, free->roverPosition.X);
+        EXPECT_EQ(solver->roverPosition.Z, free->roverPosition.Z);
+    }
 }
 
 }  // namespace

@@ -76,6 +76,17 @@ TEST(ResidualListTest, ARepeatedTimeMovesToTheEndWithItsNewValue) {
     }
 }
 
+TEST(ResidualListTest, AnEarlierTimeIsAppendedAndLaterOnesAreStillFound) {
+    ResidualList list;
+    list.Add(0, 5, At(2), 0.001);
+    list.Add(0, 5, At(1), 0.002);
+    list.Add(0, 5, At(4), 0.003);
+    list.Add(0, 5, At(2), 0.004);
+    EXPECT_EQ(Values(list.Find(5).firstBlock), (std::vector<int>{2, 3, 4}));
+    EXPECT_EQ(list.Find(5).firstBlock.front().time, At(1));
+    EXPECT_EQ(list.Find(5).firstBlock.back().time, At(2));
+}
+
 TEST(ResidualListTest, TwoAddsOfOneTimeLeaveOnePoint) {
     ResidualList list;
     list.Add(0, 5, At(0), 0.001);
