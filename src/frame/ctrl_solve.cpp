@@ -6,14 +6,18 @@ namespace vornel {
 
 namespace {
 
-ZDObsData CorrectedEpoch(const SolveConfig& config, const CTRLSolve::ReceiverEpoch& receiver,
-                         const Station& station, int& dualFlag) {
-    ZDObsData record(config.ephemerisSource, config.useGps, config.useGlonass, config.useBds,
-                     config.useGalileo, config.tropoModel);
+// Makes `record` that of a receiver's epoch.
+void Correct(ZDObsData& record, const SolveConfig& config, const CTRLSolve::ReceiverEpoch& receiver,
+             const Station& station, int& dualFlag) {
+    record.ephemerisSource = config.ephemerisSource;
+    record.useGps = config.useGps;
+    record.useGlonass = config.useGlonass;
+    record.useBds = config.useBds;
+    record.useGalileo = config.useGalileo;
+    record.tropoModel = config.tropoModel;
     record.Fill(receiver.week, receiver.seconds, receiver.satellites, receiver.code1,
                 receiver.code2, receiver.phase1, receiver.phase2);
     record.Correct(station, config.elevationMask, dualFlag);
-    return record;
 }
 
 // The station at a position; `known` is kept when it is there.
@@ -37,12 +41,10 @@ bool HoldsGlonass(const std::vector<int>& satellites) {
 }  // namespace
 
 void CTRLSolve::AddEpoch(const ReceiverEpoch& rover, const ReceiverEpoch& base) {
-    const ZDObsData baseRecord =
-        CorrectedEpoch(config, base, StationAt(basePosition, baseStation_), baseDualFreq);
-    const ZDObsData roverRecord =
-        CorrectedEpoch(config, rover, StationAt(roverPosition, roverStation_), roverDualFreq);
+    Correct(baseRecord_, config, base, StationAt(basePosition, baseStation_), baseDualFreq);
+    Correct(roverRecord_, config, rover, StationAt(roverPosition, roverStation_), roverDualFreq);
     SDObsData difference(config.tropoModel);
-    difference.Form(roverRecord, baseRecord);
+    difference.Form(roverRecord_, baseRecord_);
     if (HoldsGlonass(difference.satListF1) || HoldsGlonass(difference.satListF2)) {
         hasGlonass = 1;
     }

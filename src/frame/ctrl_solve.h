@@ -47,6 +47,8 @@ class CTRLSolve {
     void AddEpoch(const ReceiverEpoch& rover, const ReceiverEpoch& base);
 
   private:
+    ZDObsData baseRecord_{0, 0, 0, 0, 0, 0};  // of the last epoch, whose room the next one takes
+    ZDObsData roverRecord_{0, 0, 0, 0, 0, 0};
     std::optional<Station> baseStation_, roverStation_;  // where the last epoch was corrected
 };
 

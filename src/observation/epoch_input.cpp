@@ -70,6 +70,23 @@ std::int16_t ChannelOfPreciseOrbit(int slot) {
 
 }  // namespace
 
+// Back to what construction gives, in the room that the tables have.
+void ZDObsData::Clear() {
+    for (std::vector<int>* list : {&satList, &satListF1, &satListF2, &satListDual}) {
+        list->clear();
+    }
+    std::fill(std::begin(glonassChannel), std::end(glonassChannel), std::int16_t{-1});
+    for (SlotTable<2>* table : {&code, &phase, &azel}) {
+        table->Clear();
+    }
+    for (SlotTable<3>* table : {&satPos, &satVel}) {
+        table->Clear();
+    }
+    for (SlotTable<1>* table : {&range, &corrA, &corrB, &satClock}) {
+        table->Clear();
+    }
+}
+
 void ZDObsData::ReserveSlots(std::size_t satellites) {
     for (SlotTable<2>* table : {&code, &phase, &azel}) {
         table->Reserve(satellites);
@@ -84,7 +101,7 @@ void ZDObsData::ReserveSlots(std::size_t satellites) {
 
 void ZDObsData::Fill(int week, double seconds, const int* satellites, const double* code1,
                      const double* code2, const double* phase1, const double* phase2) {
-    satList.clear();
+    Clear();
     epoch = Epoch(week, seconds);
     ReserveSlots(static_cast<std::size_t>(
         std::count_if(satellites, satellites + kInputSlots, IsSatelliteNumber)));

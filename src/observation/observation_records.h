@@ -60,7 +60,7 @@ class ZDObsData : public RWObsData {
     ZDObsData(int ephemerisSource, int useGps, int useGlonass, int useBds, int useGalileo,
               int tropoModel);
 
-    // Stores the 64 slots of one receiver: satellite numbers (others than 1 to 135 are skipped),
+    // Makes this the record of one receiver's 64 slots, and nothing else: satellite numbers (others than 1 to 135 are skipped),
     // codes (m) and phases (cycles) on both signals.
     void Fill(int week, double seconds, const int* satellites, const double* code1,
               const double* code2, const double* phase1, const double* phase2);
@@ -77,6 +77,7 @@ class ZDObsData : public RWObsData {
     bool SatelliteAt(const Epoch& time, int number, XYZPosition& position, double& clock,
                      int& channel) const;
     bool UsesSystem(int system) const;
+    void Clear();
     void ReserveSlots(std::size_t satellites);
     bool FindTransmission(int number, const XYZPosition& station, Transmission& found) const;
     bool LocateSatellite(int number, const XYZPosition& station);

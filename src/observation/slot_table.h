@@ -3,7 +3,9 @@
 // them is written, like matrices do.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <type_traits>
 #include <vector>
@@ -33,6 +35,15 @@ class SlotTable {
         }
     }
 
+    // Back to zeros for all. A table that shares its values with none keeps its room.
+    void Clear() {
+        if (storage_ && storage_.use_count() == 1) {
+            storage_->Clear();
+        } else {
+            storage_.reset();
+        }
+    }
+
   private:
     struct Values {
         Row row = {};
@@ -46,6 +57,10 @@ class SlotTable {
         explicit Storage(std::size_t satellites) {
             rows.reserve(satellites + 1);
             rows.emplace_back();
+        }
+        void Clear() {
+            std::fill(std::begin(place), std::end(place), std::uint8_t{0});
+            rows.resize(1);
         }
         const Values& RowOf(int s) const { return rows[place[s]]; }
         Values& NewRowOf(int s) {

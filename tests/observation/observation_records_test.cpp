@@ -331,5 +331,41 @@ TEST(ReceiverInput, EachInputStartsTheListAnew) {
     EXPECT_TRUE(record.epoch == Epoch(2204, 288030.0));
 }
 
+TEST(ReceiverInput, NothingOfTheInputBeforeIsLeft) {
+    Slots slots;
+    slots.Set(0, 9, 1.0, 2.0, 3.0, 4.0);
+    ZDObsData record(0, 1, 1, 1, 1, 0);
+    slots.FillInto(record);
+    record.satListF1 = record.satListF2 = record.satListDual = {9};
+    record.glonassChannel[5] = 4;
+    for (SlotTable<3>* table : {&record.satPos, &record.satVel}) {
+        (*table)[8][2] = 7.0;
+    }
+    for (SlotTable<1>* table : {&record.range, &record.corrA, &record.corrB, &record.satClock}) {
+        (*table)[8] = 7.0;
+    }
+    record.azel[8][1] = 7.0;
+    const ZDObsData copy = record;
+    Slots().FillInto(record);
+
+    EXPECT_TRUE(record.satList.empty());
+    EXPECT_TRUE(record.satListF1.empty());
+    EXPECT_TRUE(record.satListF2.empty());
+    EXPECT_TRUE(record.satListDual.empty());
+    EXPECT_EQ(record.glonassChannel[5], -1);
+    const ZDObsData& read = record;
+    EXPECT_EQ(read.code[8][0], 0.0);
+    EXPECT_EQ(read.phase[8][1], 0.0);
+    EXPECT_EQ(read.azel[8][1], 0.0);
+    EXPECT_EQ(read.satPos[8][2], 0.0);
+    EXPECT_EQ(read.satVel[8][2], 0.0);
+    EXPECT_EQ(read.range[8], 0.0);
+    EXPECT_EQ(read.corrA[8], 0.0);
+    EXPECT_EQ(read.corrB[8], 0.0);
+    EXPECT_EQ(read.satClock[8], 0.0);
+    EXPECT_EQ(copy.code[8][0], 1.0);
+    EXPECT_EQ(copy.satVel[8][2], 7.0);
+}
+
 }  // namespace
 }  // namespace vornel

@@ -53,5 +53,23 @@ TEST(SlotTable, ARowStaysWhereItIsOnceRoomIsReserved) {
     EXPECT_EQ(first, table[40]);
 }
 
+TEST(SlotTable, ClearedItReadsZerosAndACopyKeepsItsValues) {
+    SlotTable<2> table;
+    const SlotTable<2>& read = table;
+    table.Clear();
+    EXPECT_EQ(read[0][0], 0.0);
+    table[40][1] = 1.5;
+    table.Clear();
+    EXPECT_EQ(read[40][1], 0.0);
+    table[41][0] = 2.5;
+    EXPECT_EQ(read[41][0], 2.5);
+    EXPECT_EQ(read[41][1], 0.0);
+    EXPECT_EQ(read[40][1], 0.0);
+    const SlotTable<2> copy = table;
+    table.Clear();
+    EXPECT_EQ(read[41][0], 0.0);
+    EXPECT_EQ(copy[41][0], 2.5);
+}
+
 }  // namespace
 }  // namespace vornel
