@@ -451,6 +451,12 @@ const std::vector<Case> kConfiguration = {
          20, "{}/none.toml: there is no such file (check the path)"},
     Case{"NoValue", [](T t) { return t.Config("elevationMask = \n"); }, 40,
          "{}/c.toml:1: not TOML: Error while parsing key-value pair: expected value, saw '\\n'"},
+    Case{"ATimeWithoutDigits", [](T t) { return t.Config("start = 2020-06-25T:00\n"); }, 40,
+         "{}/c.toml:1: not TOML: Error while parsing time: expected 2-digit hour, saw ':'"},
+    Case{"AKeyWithoutName", [](T t) { return t.Config("a.=1\n"); }, 40,
+         "{}/c.toml:1: not TOML: Error while parsing key: expected bare key starting character or "
+         "string "
+         "delimiter, saw '='"},
     Case{"AKeyTwice", [](T t) { return t.Config("a = 1\na = 2\n"); }, 40,
          "{}/c.toml:2: not TOML: Error while parsing key-value pair: cannot redefine existing "
          "integer 'a'"},
