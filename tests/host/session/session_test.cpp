@@ -5,8 +5,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "io/observation_reader.h"
 #include "recording_engine.h"
@@ -302,6 +305,159 @@ TEST(SessionPreparation, TheIntervalOfTheDataIsToldToTheEngine) {
     EXPECT_EQ(session.pairs.size(), 60U);
     EXPECT_EQ(session.config.samplingInterval, 60.0);
     EXPECT_EQ(session.settings.origins.at("sampling-interval").kind, "data");
+}
+
+// --- precise orbits
+
+// The session with the navigation of these files and precise orbits of its day, brought forward by
+// hours so that they reach over both ends of it.
+Inputs WithPreciseOrbits(const std::vector<std::string>& navigation, double hours) {
+    InputPaths paths = Wettzell();
+    paths.others.clear();
+    for (const std::string& name : navigation) {
+        paths.others.push_back((kRoot / "data" / "wettzell" / name).string());
+    }
+    paths.others.push_back((kRoot / "tests" / "data" / "formats" / "Sta21114.sp3.gz").string());
+    Inputs inputs = ReadInputs(paths, {});
+    for (io::GpsTime& time : inputs.orbits.at(0).epochs) {
+        time = io::Shifted(time, -3600.0 * hours);
+    }
+    return inputs;
+}
+
+std::vector<std::string> NamesOfUnknownChannels(const Session& session) {
+    std::vector<std::string> names;
+    for (const auto& [satellite, reason] : session.leftOut.unknownChannel) {
+        names.push_back(ToString(satellite));
+    }
+    return names;
+}
+
+const std::string kMixedNavigation = "ESBC00DNK_R_20201770000_01D_MN.rnx.gz";  // without GLONASS
+const std::string kGlonassNavigation = "ESBC00DNK_R_20201770000_01D_RN.rnx.gz";
+
+TEST(SessionPreparation, WithPreciseOrbitsGlonassChannelsMustBeThoseThatTheEngineAssumes) {
+    // Without broadcast records the engine takes channels as they once were. In 2020 slot 17 has
+    // another, and slot 26 has none there; the headers tell so.
+    const Session session = PrepareSession(WithPreciseOrbits({kMixedNavigation}, 6.0), {});
+    ASSERT_TRUE(session.precise);
+    const std::vector<std::string> asRecorded = NamesOfUnknownChannels(session);
+    for (const std::string& name : asRecorded) {
+        EXPECT_TRUE(name == "R17" || name == "R26") << name;
+    }
+
+    Inputs inputs = WithPreciseOrbits({kMixedNavigation}, 6.0);
+    int changed = 0;
+    for (auto& [slot, channel] : inputs.rover.stations[0].glonassChannels) {
+        if (slot == 1 || slot == 11) {
+            channel += 1;
+            ++changed;
+        }
+    }
+    ASSERT_EQ(changed, 2);
+    const Session contradicted = PrepareSession(std::move(inputs), {});
+    std::vector<std::string> expected = asRecorded;
+    expected.insert(expected.end(), {"R01", "R11"});
+    EXPECT_THAT(NamesOfUnknownChannels(contradicted), testing::UnorderedElementsAreArray(expected));
+    for (const auto& [satellite, reason] : contradicted.leftOut.unknownChannel) {
+        EXPECT_THAT(reason, testing::HasSubstr("stands in the header"));
+    }
+}
+
+TEST(SessionPreparation, ASlotThatNeitherHeaderNorTableKnowsIsLeftOut) {
+    Inputs inputs = WithPreciseOrbits({kMixedNavigation}, 6.0);
+    // Slot 1 under a number that the table has no place for.
+    for (io::Observations* side : {&inputs.base, &inputs.rover}) {
+        side->stations[0].glonassChannels.clear();
+        for (io::SatelliteRow& row : side->satellites) {
+            if (row.satellite == io::SatelliteId{io::GnssSystem::kGlonass, 1}) {
+                row.satellite.number = 27;
+            }
+        }
+    }
+    for (io::OrbitSeries& series : inputs.orbits[0].satellites) {
+        if (series.satellite == io::SatelliteId{io::GnssSystem::kGlonass, 1}) {
+            series.satellite.number = 27;
+        }
+    }
+    const Session session = PrepareSession(std::move(inputs), {});
+    const auto& unknown = session.leftOut.unknownChannel;
+    const auto found = std::find_if(unknown.begin(), unknown.end(), [](const auto& entry) {
+        return ToString(entry.first) == "R27";
+    });
+    ASSERT_NE(found, unknown.end());
+    EXPECT_EQ(found->second, "its frequency channel is not known");
+}
+
+TEST(SessionPreparation, BroadcastRecordsTellTheChannelsUnderPreciseOrbitsToo) {
+    const Session session =
+        PrepareSession(WithPreciseOrbits({kMixedNavigation, kGlonassNavigation}, 6.0), {});
+    ASSERT_TRUE(session.precise);
+    EXPECT_TRUE(session.leftOut.unknownChannel.empty());
+}
+
+TEST(SessionPreparation, PreciseOrbitsMustReachOverBothEndsOfTheSession) {
+    for (const double hours : {0.0, 23.5, 48.0, -1.0}) {
+        try {
+            PrepareSession(WithPreciseOrbits({kMixedNavigation}, hours), {});
+            FAIL() << "no fault";
+        } catch (const SessionFault& fault) {
+            EXPECT_EQ(fault.fault(), Fault::kNoOrbitCoverage) << hours;
+        }
+    }
+    ConfiguredSettings broadcast;
+    broadcast.values.ephemerisSource = EphemerisChoice::kBroadcast;
+    EXPECT_FALSE(PrepareSession(WithPreciseOrbits({kMixedNavigation}, 0.0), broadcast).precise);
+}
+
+TEST(SessionPreparation, WithoutASatelliteInCommonThereIsAFault) {
+    Inputs inputs = ReadWettzell();
+    for (io::SatelliteRow& row : inputs.rover.satellites) {
+        row.satellite.number = row.satellite.number == 30 ? 29 : 30;
+    }
+    for (io::SatelliteRow& row : inputs.base.satellites) {
+        if (row.satellite.number == 29 || row.satellite.number == 30) {
+            row.satellite.number = 28;
+        }
+    }
+    try {
+        PrepareSession(std::move(inputs), {});
+        FAIL() << "no fault";
+    } catch (const SessionFault& fault) {
+        EXPECT_EQ(fault.fault(), Fault::kNoCommonSignals) << fault.what();
+    }
+}
+
+// --- antennas
+
+TEST(SessionPreparation, ARadomeWithoutACalibrationFallsBackToNoneAndSaysSo) {
+    Inputs inputs = ReadWettzell();
+    io::AntennaCalibration bare;
+    bare.type = "LEIAR25.R3";
+    bare.radome = "NONE";
+    bare.offsets = {{"G01", 0.001, 0.002, 0.161}, {"G02", 0.003, 0.004, 0.158}};
+    inputs.antennas.emplace_back().antennas.push_back(bare);
+    const Session session = PrepareSession(std::move(inputs), {});
+    EXPECT_TRUE(session.antennasApplied);
+    EXPECT_EQ(session.rover.antenna.usedRadome, "NONE");
+    EXPECT_THAT(session.warnings,
+                testing::Contains("rover: no calibration of LEIAR25.R3 with radome LEIT; that with "
+                                  "radome NONE is used"));
+    EXPECT_THAT(session.warnings, testing::Contains(testing::StartsWith("base: no calibration")));
+}
+
+TEST(SessionPreparation, AnAntennaThatChangesWithinTheFilesIsTold) {
+    Inputs inputs = ReadWettzell();
+    io::StationHeader other = inputs.rover.stations[0];
+    other.antennaType = "TRM55971.00";
+    other.antennaHeight += 0.5;
+    inputs.rover.stations.push_back(other);
+    inputs.rover.epochs.back().station = 1;
+    const Session session = PrepareSession(std::move(inputs), {});
+    EXPECT_THAT(session.warnings,
+                testing::Contains(testing::HasSubstr(
+                    "the antenna changes within the files from LEIAR25.R3 to TRM55971.00")));
+    EXPECT_THAT(session.warnings, testing::Contains(testing::HasSubstr("from 0.2840 to 0.7840 m")));
 }
 
 TEST(SessionPreparation, HourlyPiecesJoinIntoTheWhole) {
