@@ -19,9 +19,6 @@ enum class Fault {
     kUnassignedObservations  // an observation file of neither station
 };
 
-// A short name for machine-readable output.
-const char* FaultName(Fault fault);
-
 class SessionFault : public std::runtime_error {
   public:
     // `what` is the fact; `hint` tells what to do.
