@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "app/command.h"
+#include "app/heap.h"
 #include "app/output_file.h"
 
 int main(int argc, char** argv) {
+    vornel::app::PrepareHeap();
     vornel::app::InstallInterruptHandlers();
     const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
     const vornel::app::Surroundings around{std::cout, std::cerr, ::isatty(STDERR_FILENO) == 1};
