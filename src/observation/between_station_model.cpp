@@ -25,10 +25,6 @@ double ModelStation::Troposphere(ModelForm form, const Epoch& time, double eleva
                                           : mops_.Delay(time, elevation, variance);
 }
 
-double ModelStation::Ionosphere(const Epoch& time, const double azel[2]) const {
-    return ionosphere_.Delay(time.SecondsOfWeek(), azel[1], azel[0]);
-}
-
 SatelliteSeen SeenByRover(const SDObsData& record, int satNumber) {
     const int s = satNumber - 1;
     return {XYZPosition(record.satPosA[s]), kSpeedOfLight * record.satClockA[s]};
@@ -47,10 +43,9 @@ RoverSide SeenFrom(const ModelStation& rover, const SatelliteSeen& satellite) {
     const XYZPosition& station = rover.position();
     RoverSide side;
     side.range = ClockedRange(station, satellite);
-    const NEUPosition local = rover.Local(satellite.position);
-    side.azel[0] = Azimuth(local.N, local.E);
-    side.azel[1] = Elevation(local, kElevationAtZenith);
-    side.sinElevation = std::sin(side.azel[1]);
+    side.local = rover.Local(satellite.position);
+    side.elevation = Elevation(side.local, kElevationAtZenith);
+    side.sinElevation = std::sin(side.elevation);
     // By the range with the clock, not by the distance: the length differs from 1 by its share.
     side.unit[0] = (station.X - satellite.position.X) / side.range;
     side.unit[1] = (station.Y - satellite.position.Y) / side.range;
@@ -68,12 +63,13 @@ void EvaluateOnce(ModelForm form, SDObsData& record, double ionoFactor, int satN
     ModelStation baseStation(record.tropoModel, base);
     const RoverSide side = SeenFrom(roverStation, SeenByRover(record, satNumber));
     const double* const azelB = std::as_const(record).azelB[s];
-    std::copy_n(side.azel, 2, record.azelA[s]);
+    record.azelA[s][0] = Azimuth(side.local.N, side.local.E);
+    record.azelA[s][1] = side.elevation;
     record.sdRange[s] = side.range - ClockedRange(base, SeenByBase(record, satNumber));
-    record.sdTrop[s] = roverStation.Troposphere(form, record.epoch, side.azel[1]) -
+    record.sdTrop[s] = roverStation.Troposphere(form, record.epoch, side.elevation) -
                        baseStation.Troposphere(form, record.epoch, azelB[1]);
-    record.sdIono[s] = roverStation.Ionosphere(record.epoch, side.azel) -
-                       baseStation.Ionosphere(record.epoch, azelB);
+    record.sdIono[s] = roverStation.Ionosphere(record.epoch, side.elevation, side.local) -
+                       baseStation.Ionosphere(record.epoch, azelB[1], azelB[0]);
     std::copy_n(side.unit, 3, unit);
     value = record.sdTrop[s] + record.sdRange[s] - record.sdIono[s] * ionoFactor;
 }

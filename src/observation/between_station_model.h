@@ -20,8 +20,12 @@ class ModelStation {
     NEUPosition Local(const XYZPosition& point) const { return station_.Local(point); }
     // Metres; the elevation of the satellite there, radians.
     double Troposphere(ModelForm form, const Epoch& time, double elevation);
-    // Metres on the first GPS frequency; azel: azimuth and elevation, radians.
-    double Ionosphere(const Epoch& time, const double azel[2]) const;
+    // Metres on the first GPS frequency, for a satellite at that elevation (radians) whose direction
+    // is an azimuth (radians) or a vector.
+    template <class Direction>
+    double Ionosphere(const Epoch& time, double elevation, const Direction& direction) const {
+        return ionosphere_.Delay(time.SecondsOfWeek(), elevation, direction);
+    }
 
   private:
     Station station_;
@@ -43,8 +47,9 @@ double ClockedRange(const XYZPosition& station, const SatelliteSeen& satellite);
 
 // What the rover's side of the computed value takes from the geometry.
 struct RoverSide {
-    double range;    // ClockedRange
-    double azel[2];  // azimuth and elevation, radians
+    double range;       // ClockedRange
+    NEUPosition local;  // the satellite from the station
+    double elevation;   // radians
     double sinElevation;
     double unit[3];  // from the satellite to the rover
 };

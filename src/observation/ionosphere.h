@@ -20,11 +20,20 @@ class StationIonosphere {
 
     // As IonoDelay.
     double Delay(double secondsOfWeek, double elevation, double azimuth) const;
+    // The same for a satellite towards `local`, whose azimuth is worked out only if it matters.
+    double Delay(double secondsOfWeek, double elevation, const NEUPosition& local) const;
 
   private:
+    template <class AzimuthOf>
+    double DelayWith(double secondsOfWeek, double elevation, const AzimuthOf& azimuthOf) const;
     double ShellDelay(double secondsOfWeek, double elevation) const;
-    double BroadcastDelay(const IonosphereParameters& parameters, double secondsOfWeek,
-                          double elevation, double azimuth) const;
+    // Whether the daily course is over wherever the satellite is. psi: the earth angle of
+    // IS-GPS-200, in units of 2 pi.
+    bool IsSurelyNight(const IonosphereParameters& parameters, double secondsOfWeek,
+                       double psi) const;
+    // The share of the daily course in the zenith delay, seconds.
+    double DailyCourse(const IonosphereParameters& parameters, double secondsOfWeek, double psi,
+                       double azimuth) const;
 
     BLHPosition geodetic_;
     double scaledLatitude_;  // radians over 2 pi

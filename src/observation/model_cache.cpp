@@ -37,7 +37,7 @@ void ModelCache::Refresh(Entry& entry, const SDObsData& record, int satNumber) {
         base = base_->Troposphere(form_, record.epoch, record.azelB[satNumber - 1][1]);
     }
     const double troposphere =
-        rover_->Troposphere(form_, record.epoch, entry.rover.azel[1]) - *base;
+        rover_->Troposphere(form_, record.epoch, entry.rover.elevation) - *base;
     entry.rangeAndTroposphere = troposphere + (entry.rover.range - entry.rangeBase);
     entry.ionosphere.reset();
 }
@@ -45,10 +45,12 @@ void ModelCache::Refresh(Entry& entry, const SDObsData& record, int satNumber) {
 double ModelCache::Ionosphere(Entry& entry, const SDObsData& record, int satNumber) const {
     if (!entry.ionosphere) {
         if (!entry.ionosphereBase) {
-            entry.ionosphereBase = base_->Ionosphere(record.epoch, record.azelB[satNumber - 1]);
+            const double* const azel = record.azelB[satNumber - 1];
+            entry.ionosphereBase = base_->Ionosphere(record.epoch, azel[1], azel[0]);
         }
         entry.ionosphere =
-            rover_->Ionosphere(record.epoch, entry.rover.azel) - *entry.ionosphereBase;
+            rover_->Ionosphere(record.epoch, entry.rover.elevation, entry.rover.local) -
+            *entry.ionosphereBase;
     }
     return *entry.ionosphere;
 }

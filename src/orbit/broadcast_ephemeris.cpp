@@ -140,7 +140,9 @@ bool KeplerPosition(const KeplerStore& store, const KeplerConstants& constants,
 }  // namespace
 
 void KeplerStore::AddEphemeris(const KeplerEphemeris& record) {
-    std::vector<Reference>& references = bySatellite_[record.satId];
+    RecordsOfSatellite& ofSatellite = bySatellite_[record.satId];
+    ofSatellite.lastChoice = ClosestBetween();
+    std::vector<Reference>& references = ofSatellite.references;
     for (Reference& reference : references) {
         KeplerEphemeris& stored = records_[reference.position];
         if (stored.toeEpoch == record.toeEpoch) {
@@ -154,32 +156,65 @@ void KeplerStore::AddEphemeris(const KeplerEphemeris& record) {
     references.push_back({record.toeEpoch.TotalSeconds(), record.health == 0, records_.size() - 1});
 }
 
-const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double startBound) const {
-    const auto references = bySatellite_.find(satId);
-    if (references == bySatellite_.end()) {
-        return nullptr;
-    }
-    const double seconds = time.TotalSeconds();
-    double closest = std::numeric_limits<double>::infinity();
-    for (const Reference& reference : references->second) {
-        if (reference.healthy) {
-            closest = std::min(closest, std::fabs(seconds - reference.toeSeconds));
-        }
-    }
-    const KeplerEphemeris* best = nullptr;
-    double bestDifference = startBound;
-    for (const Reference& reference : references->second) {
-        // What is clearly further away than another need not be compared exactly.
-        const double rough = std::fabs(seconds - reference.toeSeconds);
-        if (!reference.healthy || !(rough <= closest + 2.0 * kRoughTimeError)) {
+KeplerStore::ClosestBetween KeplerStore::AroundChoice(const std::vector<Reference>& references,
+                                                      const Reference& chosen) {
+    ClosestBetween around{-std::numeric_limits<double>::infinity(),
+                          std::numeric_limits<double>::infinity(), chosen.position};
+    for (const Reference& other : references) {
+        if (!other.healthy || other.position == chosen.position) {
             continue;
         }
-        const KeplerEphemeris& record = records_[reference.position];
+        const double middle = (other.toeSeconds + chosen.toeSeconds) / 2.0;
+        if (other.toeSeconds < chosen.toeSeconds) {
+            around.from = std::max(around.from, middle + 2.0 * kRoughTimeError);
+        } else {
+            around.to = std::min(around.to, middle - 2.0 * kRoughTimeError);
+        }
+    }
+    return around;
+}
+
+const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double startBound) const {
+    const auto found = bySatellite_.find(satId);
+    if (found == bySatellite_.end()) {
+        return nullptr;
+    }
+    const RecordsOfSatellite& ofSatellite = found->second;
+    const double seconds = time.TotalSeconds();
+    const KeplerEphemeris* best = nullptr;
+    double bestDifference = startBound;
+    const auto compare = [&](std::size_t position) {
+        const KeplerEphemeris& record = records_[position];
         const double difference = std::fabs(time - record.toeEpoch);
         if (difference < bestDifference) {
             bestDifference = difference;
             best = &record;
         }
+    };
+    const ClosestBetween& last = ofSatellite.lastChoice;
+    if (seconds > last.from && seconds < last.to) {
+        compare(last.position);
+        return bestDifference > kMaxOrbitAge ? nullptr : best;
+    }
+    double closest = std::numeric_limits<double>::infinity();
+    for (const Reference& reference : ofSatellite.references) {
+        if (reference.healthy) {
+            closest = std::min(closest, std::fabs(seconds - reference.toeSeconds));
+        }
+    }
+    // What is clearly further away than another need not be compared exactly.
+    int compared = 0;
+    const Reference* chosen = nullptr;
+    for (const Reference& reference : ofSatellite.references) {
+        const double rough = std::fabs(seconds - reference.toeSeconds);
+        if (reference.healthy && rough <= closest + 2.0 * kRoughTimeError) {
+            compare(reference.position);
+            chosen = &reference;
+            ++compared;
+        }
+    }
+    if (compared == 1) {
+        ofSatellite.lastChoice = AroundChoice(ofSatellite.references, *chosen);
     }
     return bestDifference > kMaxOrbitAge ? nullptr : best;
 }

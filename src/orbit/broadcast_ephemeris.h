@@ -54,8 +54,21 @@ class KeplerStore {
         std::size_t position;  // in records_
     };
 
+    // The record that is closest at every time between two, seconds since 2000, with all others
+    // clearly further away. Stale as soon as a record is added; then no time is between the two.
+    struct ClosestBetween {
+        double from = 0.0, to = 0.0;
+        std::size_t position = 0;  // in records_
+    };
+    struct RecordsOfSatellite {
+        std::vector<Reference> references;  // in the order of records_
+        mutable ClosestBetween lastChoice;
+    };
+    static ClosestBetween AroundChoice(const std::vector<Reference>& references,
+                                       const Reference& chosen);
+
     std::vector<KeplerEphemeris> records_;
-    std::map<int, std::vector<Reference>> bySatellite_;  // in the order of records_
+    std::map<int, RecordsOfSatellite> bySatellite_;
 };
 
 // The process-wide stores.

@@ -163,6 +163,46 @@ TEST_F(Ionosphere, TheSecondsOfTheWeekAreCutByOneDayOnly) {
     }
 }
 
+// With periods of up to weeks the course reaches far into the week; with none it ends on the second
+// day, for all directions at once or for some of them.
+TEST_F(Ionosphere, TheCourseEndsWhereTheFormulaEndsIt) {
+    const double betas[3][4] = {{90112.0, 0.0, -196610.0, -65536.0},
+                                {72000.0, 300000.0, 0.0, 0.0},
+                                {900000.0, -300000.0, 500000.0, -800000.0}};
+    int courses = 0;
+    int nights = 0;
+    for (const auto& beta : betas) {
+        GiveCoefficients(kAlpha, beta);
+        for (const Real latitude : {-75.0L, -45.0L, 1.0L, 36.0L, 60.0L, 89.0L}) {
+            for (const Real longitude : {-170.0L, 12.9L, 179.0L}) {
+                const Station station = At(latitude, longitude, 666.0L);
+                const XYZPosition position = station.Position();
+                const StationIonosphere ionosphere(position.ToBLH());
+                for (double second = 86400.0; second < 604800.0; second += 7777.0) {
+                    for (const double elevation : {-0.7, 0.05, 0.3, 1.0}) {
+                        for (const double azimuth : {0.3, 1.6, 3.2, 4.8}) {
+                            const Real truth = reference::BroadcastIonoDelay(
+                                kAlpha, beta, station, second, elevation, azimuth);
+                            const Real night = reference::BroadcastIonoDelay(
+                                kAlpha, kBeta, station, 604800.0L, elevation, azimuth);
+                            ++(truth > night + 0.1L ? courses : nights);
+                            EXPECT_NEAR(IonoDelay(position, second, elevation, azimuth),
+                                        static_cast<double>(truth), 1e-8);
+                            const NEUPosition local(2e7 * std::cos(azimuth),
+                                                    2e7 * std::sin(azimuth), 1e6);
+                            EXPECT_EQ(
+                                ionosphere.Delay(second, elevation, local),
+                                ionosphere.Delay(second, elevation, Azimuth(local.N, local.E)));
+                        }
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_GT(courses, 1000);
+    EXPECT_GT(nights, 10000);
+}
+
 TEST_F(Ionosphere, ALocalTimeBelowZeroGainsADay) {
     GiveCoefficients(kAlpha, kBeta);
     // Half a turn west is a quarter of a day back on this scale: -21600 s become 64800 s.

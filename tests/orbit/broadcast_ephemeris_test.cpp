@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <vector>
 
 #include "foundation/satellite.h"
@@ -493,6 +494,64 @@ TEST(KeplerRecords, ARecordMustBeStrictlyCloserThanTheStartingBound) {
     EXPECT_EQ(store.Select(Epoch(kWeek, kToe + 14400.5), 3, 1e10), nullptr);
     EXPECT_NE(store.Select(Epoch(kWeek, kToe + 14400.0), 3, 1e10), nullptr);
     EXPECT_EQ(store.Select(Epoch(kWeek + 1, kToe), 3, 1e10), nullptr);
+}
+
+// The choice by looking at every record, as Select is documented.
+const KeplerEphemeris* ClosestOfAll(const KeplerStore& store, const Epoch& time, int satId) {
+    const KeplerEphemeris* best = nullptr;
+    double bestDifference = 604800.0;
+    for (const KeplerEphemeris& record : store.records()) {
+        const double difference = std::fabs(time - record.toeEpoch);
+        if (record.satId == satId && record.health == 0 && difference < bestDifference) {
+            bestDifference = difference;
+            best = &record;
+        }
+    }
+    return bestDifference > 14400.0 ? nullptr : best;
+}
+
+TEST(KeplerRecords, TheChoiceIsTheSameInWhateverOrderTimesAndRecordsCome) {
+    std::mt19937 random(7);
+    const auto upTo = [&random](int bound) {
+        return static_cast<int>(random() % static_cast<unsigned>(bound));
+    };
+    int chosen = 0;
+    for (int store = 0; store < 40; ++store) {
+        KeplerStore records;
+        for (int step = 0; step < 200; ++step) {
+            // Reference times an hour, a second, a millisecond and less apart, some of them ill.
+            if (step < 4 || upTo(10) == 0) {
+                KeplerEphemeris record = MarkedRecord(
+                    1 + upTo(2), kToe + 3600.0 * upTo(8) + upTo(3) + 0.0007 * upTo(4), step);
+                record.health = upTo(5) == 0 ? 1 : 0;
+                records.AddEphemeris(record);
+            }
+            // Many times lie next to each other, others at the middle of two records.
+            const double seconds =
+                upTo(3) == 0 ? 1800.0 * upTo(20) + 0.0005 * upTo(5) : 3600.0 * upTo(10) + upTo(40);
+            const Epoch time(kWeek, kToe + seconds);
+            const int satId = 1 + upTo(2);
+            const KeplerEphemeris* const expected = ClosestOfAll(records, time, satId);
+            EXPECT_EQ(records.Select(time, satId, 604800.0), expected);
+            chosen += expected != nullptr ? 1 : 0;
+        }
+    }
+    EXPECT_GT(chosen, 4000);
+}
+
+TEST(KeplerRecords, ARecordThatComesLaterIsChosenAtOnce) {
+    KeplerStore store;
+    store.AddEphemeris(MarkedRecord(3, kToe, 1.0));
+    const Epoch time(kWeek, kToe + 3000.0);
+    ASSERT_EQ(store.Select(time, 3, 604800.0)->af0, 1.0);
+    store.AddEphemeris(MarkedRecord(3, kToe + 3600.0, 2.0));
+    EXPECT_EQ(store.Select(time, 3, 604800.0)->af0, 2.0);
+    KeplerEphemeris ill = MarkedRecord(3, kToe + 3600.0, 2.0);
+    ill.health = 1;
+    store.AddEphemeris(ill);
+    EXPECT_EQ(store.Select(time, 3, 604800.0)->af0, 1.0);
+    store.Clear();
+    EXPECT_EQ(store.Select(time, 3, 604800.0), nullptr);
 }
 
 TEST(KeplerRecords, AllFieldsAreKept) {
