@@ -559,5 +559,26 @@ TEST_F(WholeSessionSearch, EpochsThatHoldNoDoubleDifferencePlayNoPart) {
     }
 }
 
+TEST_F(WholeSessionSearch, ASystemWithoutItsReferencePlaysNoPartInThatEpoch) {
+    // Its phases there would spoil the search; the other system's count on.
+    Scenario scenario = QuietScenario(5, 0, 3, 0, 1);
+    scenario.epochCount = 60;
+    scenario.phaseNoise = 0.0005;
+    const auto staged = AfterFloat(scenario, 1);
+    const int reference = staged->ReferenceOf(kBds);
+    for (const int e : {20, 21, 40}) {
+        staged->DropOut(reference, e, e);
+        for (const int sat : staged->session.satellites) {
+            if (SplitSatNumber(sat) == kBds) {
+                staged->JumpAt(sat, e, 37.3 * sat, 0.0);
+            }
+        }
+    }
+    SolveResultFixed out;
+    EXPECT_EQ(staged->solver->FixBySearch(1, out), 1);
+    EXPECT_GT(out.ratio, 1.8);
+    ExpectTrue(*staged, out, 1, 6);
+}
+
 }  // namespace
 }  // namespace vornel::test

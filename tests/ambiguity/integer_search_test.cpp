@@ -213,6 +213,8 @@ TEST(IntegerSearch, WhenNoVectorFitsNothingIsFound) {
     const IntegerPair found = SearchOf(problem);
     EXPECT_EQ(found.s1, 0.0);
     EXPECT_EQ(found.s2, 0.0);
+    EXPECT_EQ(found.best, (std::vector<double>{0.0, 0.0}));
+    EXPECT_EQ(found.second, found.best);
 }
 
 TEST(IntegerSearch, WithoutDegreesOfFreedomOrAmbiguitiesNothingIsTried) {

@@ -797,13 +797,15 @@ TEST(GradeOfFixTest, FromSixAmbiguitiesAShareAboveFourFifthsRaisesOneToTwo) {
     EXPECT_EQ(GradeOfFix(2.5, 1.8, 6, 7), 2);
     EXPECT_EQ(GradeOfFix(2.5, 1.8, 6, 8), 1);
     EXPECT_EQ(GradeOfFix(2.5, 1.8, 5, 5), 1);
-    EXPECT_EQ(GradeOfFix(2.5, 1.8, 8, 10), 1);  // exactly four fifths
+    EXPECT_EQ(GradeOfFix(2.5, 1.8, 8, 10), 1);   // exactly four fifths
+    EXPECT_EQ(GradeOfFix(2.5, 1.8, 21, 26), 2);  // 20.8 are four fifths
     EXPECT_EQ(GradeOfFix(2.5, 1.8, 9, 10), 2);
 }
 
 TEST(GradeOfFixTest, FromSixAmbiguitiesAShareAboveThreeFifthsRaisesTwoToThree) {
     EXPECT_EQ(GradeOfFix(4.0, 1.8, 6, 9), 3);
-    EXPECT_EQ(GradeOfFix(4.0, 1.8, 6, 10), 2);  // exactly three fifths
+    EXPECT_EQ(GradeOfFix(4.0, 1.8, 6, 10), 2);   // exactly three fifths
+    EXPECT_EQ(GradeOfFix(4.0, 1.8, 22, 36), 3);  // 21.6 are three fifths
     EXPECT_EQ(GradeOfFix(4.0, 1.8, 5, 5), 2);
     EXPECT_EQ(GradeOfFix(4.0, 1.8, 7, 10), 3);
 }

@@ -271,14 +271,36 @@ TEST(BorrowingTest, TheFirstRecordOfAPeriodCounts) {
     PeriodFixRecord ofTwo = FixedRecord(0, NearTruth(session, 0.5L), kFirstPrior);
     ofTwo.periodCount = 2;
     ofTwo.periods = {0, 1};
-    fixing.records = {ofTwo, FixedRecord(0, measured, kFirstPrior),
+    PeriodFixRecord countedAsOne = ofTwo;
+    countedAsOne.periodCount = 1;
+    fixing.records = {ofTwo,
+                      countedAsOne,
+                      FixedRecord(0, measured, kFirstPrior),
                       FixedRecord(0, NearTruth(session, 0.5L), kFirstPrior),
-                      FloatRecord(2, equations.AmbiguitiesOfPeriod(2)), FloatRecord(2, {})};
+                      FloatRecord(2, equations.AmbiguitiesOfPeriod(2)),
+                      FloatRecord(2, {})};
     Borrow(fixing, {0}, 2);
-    ASSERT_EQ(fixing.records.size(), 6U);
-    ExpectNear(fixing.records[5].lambda.x, FoldIn(OwnEstimate(session, 2), measured, kFirstPrior).x,
+    ASSERT_EQ(fixing.records.size(), 7U);
+    ExpectNear(fixing.records[6].lambda.x, FoldIn(OwnEstimate(session, 2), measured, kFirstPrior).x,
                1e-9);
-    EXPECT_EQ(fixing.records[5].lambda.ambRecords.size(), 6U);
+    EXPECT_EQ(fixing.records[6].lambda.ambRecords.size(), 6U);
+}
+
+TEST(BorrowingTest, APeriodWithoutARecordNeitherLendsNorBorrows) {
+    const Session session(ThreePeriods());
+    PeriodEquations equations = session.Equations();
+    gult::matrixT cofactors;
+    equations.Solve(cofactors);
+    PeriodFixing fixing(1, 2.0, equations);
+    fixing.records = {FixedRecord(0, NearTruth(session, 2e-4L), kFirstPrior),
+                      FloatRecord(2, equations.AmbiguitiesOfPeriod(2))};
+    for (const auto& [lender, borrower] : {std::pair{1, 2}, {0, 1}}) {
+        testing::internal::CaptureStderr();
+        EXPECT_THROW(fixing.GetPeriodXbIWithSubXaIConstraint(1, &lender, borrower),
+                     gult::matrix_error);
+        testing::internal::GetCapturedStderr();
+    }
+    EXPECT_EQ(fixing.records.size(), 2U);
 }
 
 TEST(BorrowingTest, LeavesTheEquationsAsTheFloatSolutionLeftThem) {

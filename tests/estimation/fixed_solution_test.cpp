@@ -561,18 +561,24 @@ TEST_F(FixedSolution, WithoutGlonassRowsTheBiasIsGivenUp) {
 }
 
 TEST_F(FixedSolution, GalileoWithoutABandIsRejectedInEveryBlock) {
-    // The fixed solution needs both bands for either block.
-    AdjustedSession staged(ScenarioOf(7, 0, 0, 5, 3));
-    SolveResultFixed fix = staged.TrueFix(3);
-    staged.solver->config.galFreq2 = staged.solver->config.galFreq1 = 1;
-    ASSERT_EQ(staged.solver->FixedSolveMulEq(3, fix), 1);
-    for (const AmbRstInfo& track : fix.ambiguities) {
-        const bool galileo = SplitSatNumber(track.sat) == kGalileo;
-        EXPECT_EQ(track.rows1, galileo ? 0 : 40);
-        EXPECT_EQ(track.rows2, galileo ? 0 : 40);
-        EXPECT_EQ(track.rejected1, galileo ? 40 : 0);
+    // The fixed solution needs both bands for either block. Of equal ones the second is missing;
+    // there is no band 0.
+    for (const auto& [firstBand, secondBand] : {std::pair{1, 1}, {0, 2}}) {
+        SCOPED_TRACE(firstBand);
+        ForgetProcess();
+        AdjustedSession staged(ScenarioOf(7, 0, 0, 5, 3));
+        SolveResultFixed fix = staged.TrueFix(3);
+        staged.solver->config.galFreq1 = firstBand;
+        staged.solver->config.galFreq2 = secondBand;
+        ASSERT_EQ(staged.solver->FixedSolveMulEq(3, fix), 1);
+        for (const AmbRstInfo& track : fix.ambiguities) {
+            const bool galileo = SplitSatNumber(track.sat) == kGalileo;
+            EXPECT_EQ(track.rows1, galileo ? 0 : 40);
+            EXPECT_EQ(track.rows2, galileo ? 0 : 40);
+            EXPECT_EQ(track.rejected1, galileo ? 40 : 0);
+        }
+        EXPECT_LT(simulation::ErrorOf(fix, staged.session), 1e-4);
     }
-    EXPECT_LT(simulation::ErrorOf(fix, staged.session), 1e-4);
 }
 
 TEST_F(FixedSolution, ANoiseBelowATenthOfAMillimetreLeavesNoCovariance) {

@@ -65,9 +65,12 @@ TEST(Position, ConstructionKeepsTheOrderOfItsValues) {
     EXPECT_EQ(blh.L, 0.2);
     EXPECT_EQ(blh.H, 0.3);
     const NEUPosition neu(4.0, 5.0, 6.0);
-    EXPECT_EQ(neu.N, 4.0);
-    EXPECT_EQ(neu.E, 5.0);
-    EXPECT_EQ(neu.U, 6.0);
+    const NEUPosition sameNeu(neu);
+    for (const NEUPosition* each : {&neu, &sameNeu}) {
+        EXPECT_EQ(each->N, 4.0);
+        EXPECT_EQ(each->E, 5.0);
+        EXPECT_EQ(each->U, 6.0);
+    }
 }
 
 TEST(Position, DistanceIsEuclidean) {

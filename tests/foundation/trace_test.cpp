@@ -287,6 +287,15 @@ TEST_F(Trace, AnEmptyPathTracesOnTheStandardErrorStream) {
     EXPECT_EQ(standardError.Text(), "3 three\none\n1 one\n");
 }
 
+TEST_F(Trace, NoPathAtAllTracesOnTheStandardErrorStreamToo) {
+    const StderrCapture standardError;
+    TraceOpen(nullptr);
+    TraceSetLevel(3);
+    TraceWrite(3, "three\n");
+    EXPECT_EQ(standardError.Text(), "3 three\n");
+    EXPECT_EQ(directory_.EntryCount(), 0);
+}
+
 TEST_F(Trace, ClosingDoesNotCloseTheStandardErrorStream) {
     const StderrCapture standardError;
     TraceOpen("");

@@ -670,6 +670,31 @@ TEST_F(EpochInput, TheBaseIsCorrectedFromTheBaseAndTheRoverFromTheRover) {
     }
 }
 
+TEST_F(EpochInput, StationsMovedBetweenEpochsAreTakenAnew) {
+    // Each of the coordinates by itself, and nothing but it.
+    const double moves[4][3] = {{}, {9e3, 0.0, 0.0}, {9e3, -7e3, 0.0}, {9e3, -7e3, 8e3}};
+    for (int i = 0; i < 4; ++i) {
+        const double* move = moves[i];
+        const XYZPosition rover(rover_.X + move[0], rover_.Y + move[1], rover_.Z + move[2]);
+        const XYZPosition base(base_.X - move[0], base_.Y - move[1], base_.Z - move[2]);
+        double roverAt[3] = {rover.X, rover.Y, rover.Z};
+        double baseAt[3] = {base.X, base.Y, base.Z};
+        double none[3] = {0.0, 0.0, 0.0};
+        ASSERT_EQ(InputAntCorrData(roverAt, none, none, 0.0, baseAt, none, none, 0.0), 1);
+        const double seconds = kSeconds + 30.0 * i;
+        ASSERT_EQ(Hand(Observe(rover, true), seconds, Observe(base, true), seconds), 1);
+        const SDObsData& epoch = Control().epochs.back();
+        for (const auto& [number, position] : sky_) {
+            const int s = number - 1;
+            const XYZPosition seenByRover(epoch.satPosA[s]), seenByBase(epoch.satPosB[s]);
+            EXPECT_NEAR(epoch.sdRange[s], Distance(seenByRover, rover) - Distance(seenByBase, base),
+                        1e-6);
+            EXPECT_NEAR(epoch.azelA[s][1], Elevation(seenByRover.ToNEU(rover), 0.0), 1e-12);
+            EXPECT_NEAR(epoch.azelB[s][1], Elevation(seenByBase.ToNEU(base), 0.0), 1e-12);
+        }
+    }
+}
+
 TEST_F(EpochInput, ReceiversWithTwoFrequenciesAreMarkedEachForItself) {
     Hand(Observe(rover_, true), kSeconds, Observe(base_, false), kSeconds);
     EXPECT_EQ(Control().roverDualFreq, 1);

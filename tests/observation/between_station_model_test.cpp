@@ -5,6 +5,7 @@
 
 #include "foundation/satellite.h"
 #include "observation/ionosphere.h"
+#include "observation/model_cache.h"
 #include "observation/observation_records.h"
 #include "observation/reference_atmosphere.h"
 #include "observation/reference_geometry.h"
@@ -236,6 +237,27 @@ TEST_F(BetweenStations, OtherSatellitesAreNotTouched) {
             EXPECT_EQ(record_.sdIono[s], 0.0);
             EXPECT_EQ(record_.sdTrop[s], 0.0);
             EXPECT_EQ(record_.azelA[s][1], 0.0);
+        }
+    }
+}
+
+TEST_F(BetweenStations, TheCacheFollowsTheTroposphereTheBaseAndTheRover) {
+    // One of the three changes at a time, and each comes back.
+    const Station otherBase{Radians(48.70L), Radians(13.30L), 820.0L};
+    const Station otherRover{Radians(49.10L), Radians(12.80L), 90.0L};
+    constexpr double kIonoFactor = 1.5;
+    ModelCache cache;
+    for (const int model : {1, 0, 1}) {
+        record_.tropoModel = model;
+        for (const Station& rover : {kRover, otherRover, kRover}) {
+            for (const Station& base : {kBase, otherBase, kBase}) {
+                const ModelledSatellite modelled =
+                    cache.Evaluate(ModelForm::kConfigured, kIonoFactor, record_, 0, kNumber,
+                                   rover.Position(), base.Position());
+                const Real expected = RangeTerm(rover, base) + TropoTerm(model, rover, base) -
+                                      ShellTerm(rover, base) * kIonoFactor;
+                EXPECT_NEAR(modelled.value, static_cast<double>(expected), 1e-7);
+            }
         }
     }
 }

@@ -485,6 +485,17 @@ TEST_F(ZeroDifference, ASystemSwitchedOffGetsNoResult) {
     }
 }
 
+TEST_F(ZeroDifference, ANumberThatIsNoSatellitesIsLeftOut) {
+    GpsStore().AddEphemeris(PlainRecord(7));
+    Observe(7, 2.2e7);
+    record_.satList = {0, 7, kSatelliteCount + 1};
+    SetTime(0.0);
+    Correct();
+    EXPECT_EQ(record_.satListF1, (std::vector<int>{7}));
+    EXPECT_EQ(record_.satListF2, (std::vector<int>{7}));
+    EXPECT_EQ(record_.satListDual, (std::vector<int>{7}));
+}
+
 TEST_F(ZeroDifference, ASatelliteWithoutAnOrbitStaysInTheListOfTheObserved) {
     GpsStore().AddEphemeris(PlainRecord(7));
     Observe(7, 2.2e7);

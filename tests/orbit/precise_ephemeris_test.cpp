@@ -278,6 +278,21 @@ TEST(PreciseLists, AreFoundByTheirNumber) {
     static_assert(std::has_virtual_destructor_v<OneSatSP3ValList>);
 }
 
+TEST(PreciseLists, AnAssignedListHoldsAllAndIsItsOwn) {
+    SP3ValList store;
+    AddValue(store, 5, Epoch(kWeek, 0.0), 1.0);
+    AddValue(store, 5, Epoch(kWeek, kStep), 2.0);
+    OneSatSP3ValList assigned;
+    assigned.satNumber = 9;
+    assigned = *store.Find(5);
+    AddValue(store, 5, Epoch(kWeek, 0.0), 3.0);
+    EXPECT_EQ(assigned.satNumber, 5);
+    ASSERT_EQ(assigned.values.size(), 2U);
+    EXPECT_EQ(assigned.values[0].second, 1.0);
+    EXPECT_EQ(assigned.values[1].second, 2.0);
+    EXPECT_TRUE(assigned.IsAscending());
+}
+
 TEST(PreciseLists, FourStoresAreKeptApart) {
     for (int one = 0; one < 4; ++one) {
         EXPECT_EQ(&PreciseStore(one), &PreciseStore(one));

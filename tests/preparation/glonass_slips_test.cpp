@@ -384,6 +384,22 @@ TEST_F(GlonassSlips, ASlipInAGapIsRepairedAgainstTheOtherSatellites) {
     staged.ExpectOff(sat, 1, 25, 59, 0.0);
 }
 
+TEST_F(GlonassSlips, ASlipOfOneFrequencyInAGapIsRepairedOnThatOne) {
+    for (const int slipped : {0, 1}) {
+        ForgetProcess();
+        StagedSession staged(Scenario(5));
+        const int sat = staged.Satellite(kGlonass, 1);
+        staged.DropOut(sat, 20, 24);
+        staged.JumpFrom(sat, 23, slipped == 0 ? 11.0 : 0.0, slipped == 1 ? -6.0 : 0.0);
+        staged.solver->RepairGlonassSlips();
+        EXPECT_EQ(staged.Segments(sat), kWhole);
+        EXPECT_EQ(staged.EpochsWithout(sat), Range(20, 24));
+        staged.ExpectOff(sat, 0, 25, 59, 0.0);
+        staged.ExpectOff(sat, 1, 25, 59, 0.0);
+        staged.ExpectOthersUntouched(kGlonass, sat);
+    }
+}
+
 TEST_F(GlonassSlips, ASlipInAGapOfNineEpochsIsStillRepaired) {
     StagedSession staged(Scenario(5));
     const int sat = staged.Satellite(kGlonass, 1);

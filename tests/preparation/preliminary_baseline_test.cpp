@@ -138,6 +138,45 @@ TEST_F(PreliminaryBaseline, GalileoTakesNoPart) {
     EXPECT_EQ(disturbed->priorBaseline.Z, solver->priorBaseline.Z);
 }
 
+TEST_F(PreliminaryBaseline, AnyOfTheThreeSystemsSuffices) {
+    for (const int system : {kGps, kGlonass, kBds}) {
+        SCOPED_TRACE(system);
+        test::ForgetProcess();
+        session_.satellites.clear();
+        session_.AddSky(system, 6, 6, 33.0);
+        HandOver(1.0);
+        const auto solver = Prepared();
+        const CoordinateAdjustment expected = PreliminaryAdjustment(*solver);
+        ASSERT_EQ(solver->SolvePreliminaryBaseline(), 1);
+        ExpectResult(*solver, expected);
+        EXPECT_LT(Distance(solver->priorBaseline, session_.rover), 5.0);
+    }
+}
+
+TEST_F(PreliminaryBaseline, WhatHasNotSettledAfterTenPassesStandsAsItIs) {
+    // One value in eight is far off: whether those near the limit count depends on the scatter, and
+    // the scatter on them.
+    session_.AddSky(kGps, 5);
+    int unsettled = 0;
+    for (const unsigned seed : {5u, 8u, 22u, 27u, 33u}) {
+        SCOPED_TRACE(seed);
+        HandOver(0.0);
+        std::mt19937 random(seed);
+        for (SDObsData& epoch : control_.epochs) {
+            for (const int sat : epoch.satList) {
+                const double error = static_cast<double>(random()) / 4294967296.0 - 0.5;
+                epoch.sdObserved[sat - 1] += random() % 8 == 0 ? 42.0 * error : 2.0 * error;
+            }
+        }
+        const auto solver = Prepared();
+        const CoordinateAdjustment expected = PreliminaryAdjustment(*solver);
+        unsettled += expected.iterations > 10 ? 1 : 0;
+        ASSERT_EQ(solver->SolvePreliminaryBaseline(), 1);
+        ExpectResult(*solver, expected);
+    }
+    EXPECT_GT(unsettled, 0);
+}
+
 TEST_F(PreliminaryBaseline, GalileoAloneHasNone) {
     session_.AddSky(kGalileo, 6);
     HandOver(0.1);

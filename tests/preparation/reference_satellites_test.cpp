@@ -83,6 +83,21 @@ class References : public test::ProcessTest {
     std::unique_ptr<StaticSolve> solver_;
 };
 
+TEST(PeriodReferences, AreThoseOfTheFourSystemsAndNoOther) {
+    StaticPeriod period;
+    period.refSatGps = 3;
+    period.refSatGlo = 40;
+    period.refSatBds = 70;
+    period.refSatGal = 110;
+    EXPECT_EQ(period.ReferenceOf(kGps), 3);
+    EXPECT_EQ(period.ReferenceOf(kGlonass), 40);
+    EXPECT_EQ(period.ReferenceOf(kBds), 70);
+    EXPECT_EQ(period.ReferenceOf(kGalileo), 110);
+    for (const int none : {0, 3, 5, 16, -1}) {
+        EXPECT_EQ(period.ReferenceOf(none), -1) << none;
+    }
+}
+
 // --- most epochs, then highest
 
 TEST_F(References, TheMostEpochsWin) {

@@ -64,6 +64,23 @@ TEST(SatTrackGaps, AGapThatEndsBeforeItStartsHoldsNothing) {
     EXPECT_FALSE(track.InGap(At(150.0)));
 }
 
+TEST(SatTrackCopies, AnAssignedTrackHoldsAllAndIsItsOwn) {
+    SatTrack source = Track(7, true, {{At(100.0), At(200.0)}});
+    source.value = 3.5;
+    source.span = TimePeriod(At(10.0), At(20.0));
+    SatTrack assigned = Track(9, false, {{At(1.0), At(2.0)}, {At(3.0), At(4.0)}});
+    assigned = source;
+    source.gaps.clear();
+    EXPECT_EQ(assigned.sat, 7);
+    EXPECT_TRUE(assigned.isActive);
+    EXPECT_EQ(assigned.value, 3.5);
+    EXPECT_TRUE(assigned.span.start == At(10.0));
+    EXPECT_TRUE(assigned.span.end == At(20.0));
+    EXPECT_EQ(assigned.gaps.size(), 1U);
+    EXPECT_TRUE(assigned.InGap(At(150.0)));
+    EXPECT_FALSE(assigned.InGap(At(1.5)));
+}
+
 TEST(SatTrackListAdd, ANewSatelliteIsAppendedWithAllItsFields) {
     SatTrack track = Track(7, true, {{At(1.0), At(2.0)}});
     track.value = 3.5;
