@@ -77,6 +77,9 @@ void Solve(SolveResult& result, const SolveArguments& arguments, const session::
             progress.Tell(what, done, total);
         };
         result.fed = session::Feed(result.session, engine, options);
+        // The engine has them now; the reports tell what became of them.
+        result.session.inputs.rover.ForgetSatellites();
+        result.session.inputs.base.ForgetSatellites();
         progress.Tell("solving", 0, 0);
         result.outcome = session::Run(result.session, engine);
     }

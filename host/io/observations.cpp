@@ -45,6 +45,18 @@ void AppendPart(Observations& whole, const Observations& part) {
 
 }  // namespace
 
+void Observations::ForgetSatellites() {
+    for (ObservationEpoch& epoch : epochs) {
+        epoch.firstSatellite = 0;
+        epoch.satelliteCount = 0;
+    }
+    // New ones in their place: a vector that is emptied keeps its memory.
+    satellites = std::vector<SatelliteRow>();
+    values = std::vector<double>();
+    lossOfLock = std::vector<std::uint8_t>();
+    signalStrength = std::vector<std::uint8_t>();
+}
+
 std::string ToString(ObservationCode code) {
     return {code.type, code.band, code.attribute};
 }

@@ -110,6 +110,9 @@ struct Observations {
     std::size_t externalEvents = 0;
     std::vector<InputNote> notes;
 
+    // Frees the satellites of the epochs and their values; the epochs stay, with none.
+    void ForgetSatellites();
+
     const StationHeader& station() const { return stations.front(); }
 
     std::span<const SatelliteRow> SatellitesOf(const ObservationEpoch& epoch) const {

@@ -51,6 +51,20 @@ TEST(ObservationEvents, ValuesAndFlagsOfARow) {
     EXPECT_EQ(FlagsOf(data, 0, Gps(1), "L1C"), 17);
 }
 
+TEST(ObservationEvents, WhatIsNoLongerNeededIsFreed) {
+    Observations data = Read(Header3() + Epoch3(0) + kG01 + Epoch3(30) + kG01);
+    ASSERT_EQ(data.SatellitesOf(data.epochs[1]).size(), 1U);
+    data.ForgetSatellites();
+    ASSERT_EQ(data.epochs.size(), 2U);
+    for (const ObservationEpoch& epoch : data.epochs) {
+        EXPECT_TRUE(data.SatellitesOf(epoch).empty());
+    }
+    EXPECT_EQ(data.epochs[1].line, 7U);
+    EXPECT_EQ(data.satellites.capacity() + data.values.capacity() + data.lossOfLock.capacity() +
+                  data.signalStrength.capacity(),
+              0U);
+}
+
 TEST(ObservationEvents, WindowsLineEndsChangeNothing) {
     std::string text = Header3() + Epoch3(0) + kG01;
     std::string windows;
