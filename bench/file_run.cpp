@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "app/heap.h"
 #include "measure.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
@@ -16,6 +17,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     using namespace vornel;
+    app::PrepareHeap();
     session::InputPaths paths;
     paths.base = {argv[1]};
     paths.rover = {argv[2]};
@@ -31,6 +33,8 @@ int main(int argc, char** argv) {
     {
         session::Engine engine;
         result.fed = session::Feed(result.session, engine, {});
+        result.session.inputs.rover.ForgetSatellites();
+        result.session.inputs.base.ForgetSatellites();
         handedOver = bench::ProcessorSeconds();
         result.outcome = session::Run(result.session, engine);
     }

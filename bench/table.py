@@ -2,13 +2,14 @@
 """table.py BUILD [--runs N] [--quick]: the time and memory of whole runs, as a Markdown table.
 
 Each run is a process of its own; every figure is the median of N of them (9). Processor time, not
-wall time. BUILD is a build directory with VORNEL_BUILD_BENCH=ON. --quick leaves out the two long
+wall time; "vornel solve" is that of the whole command, its start and end included. BUILD is a build directory with VORNEL_BUILD_BENCH=ON. --quick leaves out the two long
 simulated sessions. Ends with the growth of the run from one simulated hour to a day.
 """
 import argparse
 import gzip
 import json
 import lzma
+import os
 import pathlib
 import statistics
 import subprocess
@@ -50,13 +51,27 @@ def median_of(runs, command):
     return {key: statistics.median(r[key] for r in results) for key in results[0]}
 
 
-def row(name, result):
+def command_seconds(runs, command):
+    """Median of the processor time of a process."""
+    seconds = []
+    for _ in range(runs):
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            raise subprocess.CalledProcessError(process.returncode, command)
+        seconds.append(usage.ru_utime + usage.ru_stime)
+    return statistics.median(seconds)
+
+
+def row(name, result, command=None):
     seconds = [result.get(field) for field in FIELDS]
     whole = sum(s for s in seconds if s is not None)
     memory = result.get("peak_kb", result.get("engine_peak_kb"))
     cells = [name, str(int(result["epochs"]))]
     cells += ["" if s is None else f"{s:.3f}" for s in seconds]
-    cells += [f"{whole:.3f}", f"{memory / 1024:.1f}", f"{memory / result['epochs']:.1f}",
+    cells += [f"{whole:.3f}", "" if command is None else f"{command:.3f}"]
+    cells += [f"{memory / 1024:.1f}", f"{memory / result['epochs']:.1f}",
               f"{result['epochs'] / whole:.0f}"]
     print("| " + " | ".join(cells) + " |", flush=True)
 
@@ -69,12 +84,17 @@ def main():
     arguments = parser.parse_args()
     programs = arguments.build.resolve() / "bench"
 
-    print("| session | epochs | read s | input s | run s | report s | whole s | peak MB | kB/epoch "
+    print("| session | epochs | read s | input s | run s | report s | whole s "
+          "| `vornel solve` s | peak MB | kB/epoch "
           "| epochs/s |")
-    print("|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|")
+    print("|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|")
     with tempfile.TemporaryDirectory() as folder:
         for name, files in sessions_of_files(pathlib.Path(folder)):
-            row(name, median_of(arguments.runs, [programs / "file_run", *files]))
+            base, rover, *others = files
+            command = [arguments.build.resolve() / "vornel", "solve", "--base", base, "--rover",
+                       rover, *others]
+            row(name, median_of(arguments.runs, [programs / "file_run", *files]),
+                command_seconds(arguments.runs, command))
     # Of simulated sessions the memory is what the engine adds to the session's own.
     hour = median_of(arguments.runs, [programs / "simulated_run", "120", "30"])
     row("simulated, 1 h at 30 s, four systems", hour)
