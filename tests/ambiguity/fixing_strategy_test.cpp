@@ -297,6 +297,15 @@ TEST_F(FixingStrategy, NothingToSearchNeedsNoSearch) {
     }
 }
 
+TEST_F(FixingStrategy, ASingleAmbiguityIsSearched) {
+    FileFloat(1, {{3.3, 0.01}});
+    EXPECT_EQ(FixByLambda(1), 1);
+    EXPECT_EQ(answer, 1);
+    ASSERT_EQ(out.ambiguities.size(), 1u);
+    EXPECT_EQ(out.ambiguities[0].value1, 3.0);
+    EXPECT_NEAR(out.ratio, (0.7 * 0.7) / (0.3 * 0.3), 1e-9);  // 3 against 4
+}
+
 TEST_F(FixingStrategy, WithoutFloatAmbiguitiesBothMethodsFailAndTouchNothing) {
     for (const bool empty : {true, false}) {
         SetUp();

@@ -53,6 +53,11 @@ double SigmaOfDoubleDifference(const SolveConfig& config, int mode) {
     return 2.0 * config.phaseStd * gps.wavelength * std::hypot(gps.a, gps.b);
 }
 
+// A start that the first pass has to correct.
+XYZPosition ADecimetreOff(const XYZPosition& truth) {
+    return {truth.X + 0.06, truth.Y - 0.07, truth.Z + 0.04};
+}
+
 class FloatSolution : public ProcessTest {};
 class FloatSolutionOfModel : public ProcessTest, public ::testing::WithParamInterface<int> {};
 INSTANTIATE_TEST_SUITE_P(Models, FloatSolutionOfModel, ::testing::Range(1, 7),
@@ -249,6 +254,29 @@ TEST_P(FloatSolutionOfModel, RecordsWhatItsEquationsSay) {
                 1e-7 * unitVariance * std::sqrt(cofactors(row, row) * cofactors(column, column)));
         }
     }
+}
+
+TEST_F(FloatSolution, TheVarianceFactorIsThatOfTheWeightedResiduals) {
+    // The second pass has little to correct, so that its misclosures are nearly the residuals.
+    Scenario scenario = QuietScenario(7, 6, 0, 0, 1);
+    scenario.phaseNoise = 0.0005;
+    AdjustedSession staged(scenario);
+    StaticSolve& solver = *staged.solver;
+    solver.resultManage.tripleDiff.rms = 1.0;  // no outliers
+    solver.roverPosition = ADecimetreOff(staged.session.rover);
+    ASSERT_EQ(staged.FloatPass(1), 1);
+    const SolveResultFloat& result = staged.Float();
+    ASSERT_EQ(result.dof, (6 + 5) * 40 - 3 - 1 - (6 + 5));
+    double squares = 0.0;
+    for (const AmbRstInfo& track : result.ambiguities) {
+        const double weight = SplitSatNumber(track.sat) == kGlonass ? 0.6 : 1.0;
+        squares += weight * 40.0 * track.rms1 * track.rms1;
+    }
+    const double sigmaDd = SigmaOfDoubleDifference(solver.config, 1);
+    const double variance = result.varianceFactor * sigmaDd * sigmaDd;
+    EXPECT_NEAR(variance * result.dof, squares, 0.03 * squares);
+    // Half a millimetre on each of the four phases of a double difference makes a millimetre.
+    EXPECT_NEAR(std::sqrt(variance), 0.001, 0.0002);
 }
 
 TEST_F(FloatSolution, ANoiseBelowATenthOfAMillimetreLeavesNoCovariance) {
@@ -573,6 +601,7 @@ TEST_F(FloatSolution, WithoutGlonassRowsTheBiasIsGivenUpForTheRestOfTheRun) {
         EXPECT_EQ(staged.FloatPass(mode), 1);  // the first pass is spent
         EXPECT_EQ(staged.solver->hasGlonass, 0);
         EXPECT_EQ(staged.solver->equationBlock.commonCount, 3);
+        EXPECT_EQ(staged.solver->equationBlock.biasFlag, 0);
         EXPECT_EQ(staged.FloatPass(mode), 0);
     }
 }
@@ -600,11 +629,53 @@ TEST_F(FloatSolution, EachFrequencyOfModel3HasABiasOfItsOwn) {
         staged.FloatPass(mode);
         const PeriodEquations& equations = staged.solver->equationBlock;
         EXPECT_EQ(equations.commonCount, common);
+        EXPECT_EQ(equations.biasFlag, 1);
         for (int i = 0; i < equations.totalCount; ++i) {
             const int expected = i < 3        ? kCoordinateParameter
                                  : i < common ? kBiasParameter
                                               : kAmbiguityParameter;
             EXPECT_EQ(equations.tables.globalTypes[static_cast<std::size_t>(i)], expected);
+        }
+    }
+}
+
+TEST_F(FloatSolution, ThePassAfterAFullCorrectionFindsNothingLeftToCorrect) {
+    // The first pass starts a decimetre off and corrects that. A satellite's part of the bias is the
+    // same all the time and goes into its ambiguity, so the bias is what it is expected to be, 1 um
+    // for each MHz, whatever the phases hold; the second pass must start from there. Where none is
+    // estimated there is none.
+    for (const auto& [mode, biases] : {std::pair{1, 1}, {3, 2}, {1, 0}}) {
+        ForgetProcess();
+        Scenario scenario = QuietScenario(7, 6, 0, 0, mode);
+        scenario.glonassBias = 0.003;
+        // Equations that are linear but for the curvature of the ranges: no delay that changes with
+        // the height, no satellite clock in the length of the line of sight.
+        scenario.troposphere = simulation::Troposphere::kNone;
+        scenario.config.tropoModel = 2;
+        AdjustedSession staged(scenario);
+        StaticSolve& solver = *staged.solver;
+        solver.hasGlonass = biases == 0 ? 0 : 1;
+        for (SDObsData& epoch : solver.epochs) {
+            for (const int sat : staged.session.satellites) {
+                epoch.satClockA[sat - 1] = epoch.satClockB[sat - 1] = 0.0;
+            }
+        }
+        solver.resultManage.tripleDiff.rms = 1.0;  // full weight for all
+        solver.roverPosition = ADecimetreOff(staged.session.rover);
+        ASSERT_EQ(staged.FloatPass(mode), 1);
+        PeriodEquations& equations = solver.equationBlock;
+        ASSERT_EQ(equations.commonCount, 3 + biases);
+        for (std::uint32_t k = 3; k < 3U + static_cast<std::uint32_t>(biases); ++k) {
+            EXPECT_NEAR(equations.x0(k, 0), 1e-6, 1e-9);
+            EXPECT_NEAR(equations.x(k, 0), 1e-6, 1e-9);
+        }
+        EXPECT_NEAR(equations.x(0, 0), solver.roverPosition.X, 1e-6);
+        EXPECT_NEAR(equations.x(1, 0), solver.roverPosition.Y, 1e-6);
+        EXPECT_NEAR(equations.x(2, 0), solver.roverPosition.Z, 1e-6);
+        // Metres and cycles. A bias wrong by that much is 1.7e-5 cycles of a satellite six channels
+        // from the reference.
+        for (std::uint32_t k = 0; k < equations.x.RowCount(); ++k) {
+            EXPECT_NEAR(equations.x(k, 0), equations.x0(k, 0), 2e-6) << k;
         }
     }
 }
@@ -694,6 +765,7 @@ TEST_F(FloatSolution, Model3CountsTheSecondFrequencyByThePeriodsOwnTracks) {
     const PeriodEquations& equations = staged.solver->equationBlock;
     ASSERT_EQ(equations.ambiguities.size(), 9u);
     EXPECT_EQ(equations.tables.periodSize, (std::vector<int>{3 + 8, 3 + 10}));
+    EXPECT_EQ(equations.rowStride, 5 + 10);  // as with both biases
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(equations.GlobalIndexOf(0, 3 + i), 3 + i);
         EXPECT_EQ(equations.GlobalIndexOf(0, 3 + 4 + i), 3 + i + 4);
@@ -824,6 +896,9 @@ TEST_F(FloatSolution, AVectorOfNoLengthAndNoNoiseHasNoAccuracies) {
         rows += track.rows1;
     }
     EXPECT_NEAR(staged.Float().rms, std::sqrt(1e-12 / rows), 1e-15);  // kept off zero
+    const double sigmaDd = SigmaOfDoubleDifference(staged.solver->config, 1);
+    const double variance = staged.Float().varianceFactor * sigmaDd * sigmaDd;
+    EXPECT_NEAR(variance * staged.Float().dof, 1e-12, 1e-16);
 }
 
 }  // namespace

@@ -195,7 +195,7 @@ TEST(PeriodEquationsTest, TheIndexBehindTheLastParameterIsSafeToAskFor) {
     PeriodEquations equations = session.Equations();
     EXPECT_EQ(equations.rowStride, 10);
     EXPECT_EQ(equations.GlobalIndexOf(0, 9), 9);
-    EXPECT_LT(equations.GlobalIndexOf(0, 10), 10);
+    EXPECT_EQ(equations.GlobalIndexOf(0, 10), -1);
     EXPECT_EQ(equations.GlobalIndexOf(0, 11), -1);
 }
 

@@ -353,6 +353,48 @@ TEST_F(Driver, AnExceptionInTheFixedSolutionLeavesTheRatioStatus) {
     }
 }
 
+TEST_F(Driver, AnExceptionInTheFixingLeavesTheFloatStatus) {
+    // Phases that run away from each other, slowly at first: no model holds for all epochs. The
+    // float solution wanders, and its tenth pass, which rejects no row any more, erases tracks after
+    // the last solve. The fixing then misses them. Equal runs of both phases leave the wide lane as
+    // it is; of opposite sign they spoil it.
+    struct Case {
+        int model;
+        double second;  // times the run of the first phase
+        int status;
+        std::vector<int> floatModes, fixedModes;
+    };
+    for (const Case& c : {Case{1, 1.0, 41, {1}, {}},
+                          {2, 1.0, 43, {2}, {}},
+                          {3, 1.0, 45, {3}, {}},
+                          {4, 1.0, 35, {4}, {}},
+                          {5, -1.0, 31, {5}, {}},
+                          {6, -1.0, 31, {5}, {}},
+                          {6, 1.0, 33, {5, 6}, {5}}}) {
+        SCOPED_TRACE(c.status);
+        test::SyntheticSession session = SmallSession();
+        session.epochCount = 151;
+        session.interval = 10.0;
+        Hand(session, c.model);
+        for (int i = 0; i < 151; ++i) {
+            for (int sat = 1; sat <= 7; ++sat) {
+                const double run = 0.05 * i * i / 150.0 * (sat % 3 - 1);
+                Control().epochs[static_cast<std::size_t>(i)].phase[sat - 1][0] += run;
+                Control().epochs[static_cast<std::size_t>(i)].phase[sat - 1][1] += c.second * run;
+            }
+        }
+        const Outcome outcome = Start();
+        EXPECT_EQ(outcome.result, 0);
+        EXPECT_EQ(outcome.status, c.status);
+        EXPECT_EQ(FloatModes(), c.floatModes);
+        EXPECT_EQ(FixedModes(), c.fixedModes);
+        const PeriodEquations& equations = Solver().equationBlock;
+        ASSERT_EQ(equations.tables.ambCount.size(), 1u);
+        EXPECT_LT(equations.ambiguities.size() * (c.model == 3 ? 2 : 1),
+                  static_cast<std::size_t>(equations.tables.ambCount[0]));
+    }
+}
+
 TEST_F(Driver, AnExceptionInTheFloatSolutionLeavesStatus21) {
     // All GLONASS satellites on one channel have no inter-frequency bias to solve for, and without
     // phase noise nothing holds it.

@@ -152,6 +152,21 @@ TEST_F(GlonassSlips, QuietDataAreLeftAsTheyAre) {
     }
 }
 
+TEST_F(GlonassSlips, TheAntennasPartInAChangeIsNoSlip) {
+    // On a mast of a hundred metres it is decimetres from epoch to epoch, another for every
+    // satellite.
+    simulation::Scenario scenario = Scenario(5);
+    scenario.interval = 30.0;
+    scenario.roverAntenna.height = 100.0;
+    StagedSession staged(scenario);
+    staged.solver->RepairGlonassSlips();
+    for (const int sat : AllOf(staged)) {
+        EXPECT_EQ(staged.Segments(sat), kWhole);
+        EXPECT_TRUE(staged.EpochsWithout(sat).empty());
+        staged.ExpectClean(sat);
+    }
+}
+
 TEST_F(GlonassSlips, ASlipOfOneAmongFiveIsTakenOutOfAllLaterPhases) {
     for (const auto& [first, second] :
          {std::pair{3.0, 0.0}, {0.0, -2.0}, {-1.0, 1.0}, {123456.0, 98765.0}}) {
@@ -234,6 +249,22 @@ TEST_F(GlonassSlips, AJumpByNoWholeCycleLosesOneEpochAndStays) {
     EXPECT_EQ(staged.Segments(sat), kWhole);
 }
 
+TEST_F(GlonassSlips, EachFrequencyIsJudgedByItsOwnTolerance) {
+    // 7.5 cm is too much for the first frequency and not for the second.
+    for (const int signal : {0, 1}) {
+        ForgetProcess();
+        StagedSession staged(Scenario(5));
+        const int sat = staged.Satellite(kGlonass, 1);
+        const double cycles =
+            0.075 / simulation::CarrierWavelength(staged.solver->config, sat, signal);
+        staged.JumpFrom(sat, 30, signal == 0 ? cycles : 0.0, signal == 1 ? cycles : 0.0);
+        staged.solver->RepairGlonassSlips();
+        EXPECT_EQ(staged.EpochsWithout(sat), signal == 0 ? Range(30, 30) : std::vector<int>());
+        staged.ExpectOff(sat, signal, 31, 59, cycles);
+        EXPECT_EQ(staged.Segments(sat), kWhole);
+    }
+}
+
 TEST_F(GlonassSlips, AnOutlyingEpochOnTheSecondFrequencyTakesBackTheRepairOfTheFirst) {
     StagedSession staged(Scenario(5));
     const int sat = staged.Satellite(kGlonass, 1);
@@ -267,6 +298,38 @@ TEST_F(GlonassSlips, TwoAgainstTwoStartsNewSegmentsForAll) {
         EXPECT_TRUE(staged.EpochsWithout(sat).empty());
     }
     EXPECT_GT(staged.Off(all[0], 0, 59), 2.5);  // nothing was repaired
+}
+
+TEST_F(GlonassSlips, OneUndecidedFrequencyIsEnough) {
+    for (const int signal : {0, 1}) {
+        ForgetProcess();
+        StagedSession staged(Scenario(4));
+        const std::vector<int> all = AllOf(staged);
+        for (const int sat : {all[0], all[1]}) {
+            const double cycles =
+                0.5 / simulation::CarrierWavelength(staged.solver->config, sat, signal);
+            staged.JumpFrom(sat, 30, signal == 0 ? cycles : 0.0, signal == 1 ? cycles : 0.0);
+        }
+        staged.solver->RepairGlonassSlips();
+        for (const int sat : all) {
+            EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 29}, {30, 59}}));
+            EXPECT_TRUE(staged.EpochsWithout(sat).empty());
+        }
+    }
+}
+
+TEST_F(GlonassSlips, AnUndecidedEpochSoonAfterARepairLosesTheEpochsSince) {
+    StagedSession staged(Scenario(4));
+    const std::vector<int> all = AllOf(staged);
+    staged.JumpFrom(all[0], 20, 4.0, 4.0);
+    Split(staged, 25, 3.0);
+    staged.solver->RepairGlonassSlips();
+    EXPECT_EQ(staged.EpochsWithout(all[0]), Range(21, 24));
+    EXPECT_EQ(staged.Segments(all[0]), (std::vector<Span>{{0, 20}, {25, 59}}));
+    for (const int sat : {all[1], all[2], all[3]}) {
+        EXPECT_TRUE(staged.EpochsWithout(sat).empty());
+        EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 24}, {25, 59}}));
+    }
 }
 
 TEST_F(GlonassSlips, AnotherUndecidedEpochSoonAfterLosesTheEpochsBetween) {
@@ -421,6 +484,29 @@ TEST_F(GlonassSlips, ASlipInAGapOfTenEpochsStartsANewSegmentAndLosesTheLastEpoch
     staged.ExpectOff(sat, 0, 29, 59, 11.0);
 }
 
+TEST_F(GlonassSlips, ARepairAcrossAGapCountsOnInTheFailure) {
+    // The gap counts from epoch 19 on. Nine epochs and the repair at the return make ten, too many
+    // for another slip right after it; eight and the repair do not.
+    for (const int back : {28, 27}) {
+        ForgetProcess();
+        StagedSession staged(Scenario(5));
+        const int sat = staged.Satellite(kGlonass, 1);
+        staged.DropOut(sat, 20, back - 1);
+        staged.JumpFrom(sat, back, 11.0, -6.0);
+        staged.JumpFrom(sat, back + 1, 4.0, 4.0);
+        staged.solver->RepairGlonassSlips();
+        if (back == 28) {
+            EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 18}, {29, 59}}));
+            EXPECT_EQ(staged.EpochsWithout(sat), Range(19, 28));
+            staged.ExpectOff(sat, 0, 29, 59, 4.0);
+        } else {
+            EXPECT_EQ(staged.Segments(sat), kWhole);
+            EXPECT_EQ(staged.EpochsWithout(sat), Range(20, 26));
+            staged.ExpectOff(sat, 0, 27, 59, 0.0);
+        }
+    }
+}
+
 TEST_F(GlonassSlips, AGapThatNobodyCanBridgeStartsANewSegment) {
     // At the last epoch before the gap the satellite stood there with one other, that loses this
     // epoch in turn.
@@ -437,6 +523,80 @@ TEST_F(GlonassSlips, AGapThatNobodyCanBridgeStartsANewSegment) {
     EXPECT_EQ(staged.EpochsWithout(all[1]), Range(19, 19));
     for (std::size_t i = 2; i < all.size(); ++i) {
         EXPECT_EQ(staged.Segments(all[i]), kWhole);
+    }
+}
+
+TEST_F(GlonassSlips, TwoAgainstTwoAcrossAGapStartNewSegmentsForAll) {
+    // A gap counts from the last epoch before it, which so belongs to the failure: the old segment
+    // ends at the one before that.
+    StagedSession staged(Scenario(4));
+    const std::vector<int> all = AllOf(staged);
+    for (const int sat : all) {
+        staged.DropOut(sat, 20, 24);
+    }
+    Split(staged, 25, 3.0);
+    staged.solver->RepairGlonassSlips();
+    for (const int sat : all) {
+        EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 18}, {25, 59}}));
+        EXPECT_EQ(staged.EpochsWithout(sat), Range(20, 24));
+    }
+    EXPECT_GT(staged.Off(all[0], 0, 59), 2.5);  // nothing was repaired
+}
+
+TEST_F(GlonassSlips, TheReturnFromAGapIsTheFirstGoodEpoch) {
+    // Back at epoch 25. A slip after one or nine good epochs costs them; after ten it is repaired.
+    for (const int slipped : {26, 34, 35}) {
+        ForgetProcess();
+        StagedSession staged(Scenario(5));
+        const int sat = staged.Satellite(kGlonass, 1);
+        staged.DropOut(sat, 20, 24);
+        staged.JumpFrom(sat, slipped, 6.0, 6.0);
+        staged.solver->RepairGlonassSlips();
+        if (slipped == 35) {
+            EXPECT_EQ(staged.Segments(sat), kWhole);
+            EXPECT_EQ(staged.EpochsWithout(sat), Range(20, 24));
+            staged.ExpectOff(sat, 0, 25, 59, 0.0);
+        } else {
+            EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 24}, {slipped, 59}}));
+            EXPECT_EQ(staged.EpochsWithout(sat), Range(20, slipped - 1));
+            staged.ExpectOff(sat, 0, slipped, 59, 6.0);
+        }
+    }
+}
+
+TEST_F(GlonassSlips, ASlipOfAnotherSatelliteDoesNotSpoilTheReturnFromALongGap) {
+    StagedSession staged(Scenario(5));
+    const int sat = staged.Satellite(kGlonass, 1), other = staged.Satellite(kGlonass, 2);
+    staged.DropOut(sat, 20, 34);
+    staged.JumpFrom(other, 35, 9.0, -4.0);
+    staged.solver->RepairGlonassSlips();
+    EXPECT_EQ(staged.Segments(sat), kWhole);
+    EXPECT_EQ(staged.EpochsWithout(sat), Range(20, 34));
+    staged.ExpectClean(sat);
+    EXPECT_EQ(staged.Segments(other), kWhole);
+    staged.ExpectClean(other);
+}
+
+TEST_F(GlonassSlips, ASatelliteThatIsMissingAtTheReturnSaysNothingAboutTheGap) {
+    // Three come to the return from the gap, and agree. Three others stood there before the gap as
+    // well; their last change, an epoch older, would make it three against three.
+    StagedSession staged(Scenario(6));
+    const std::vector<int> all = AllOf(staged);
+    ASSERT_EQ(all.size(), 6u);
+    staged.DropOut(all[0], 20, 24);
+    for (const int sat : {all[3], all[4], all[5]}) {
+        staged.DropOut(sat, 25, 25);
+    }
+    staged.solver->RepairGlonassSlips();
+    EXPECT_EQ(staged.Segments(all[0]), kWhole);
+    EXPECT_EQ(staged.EpochsWithout(all[0]), Range(20, 24));
+    // The two that were there at epoch 24 are too few to tell anything at 25.
+    for (const int sat : {all[1], all[2]}) {
+        EXPECT_EQ(staged.Segments(sat), (std::vector<Span>{{0, 24}, {25, 59}}));
+        EXPECT_TRUE(staged.EpochsWithout(sat).empty());
+    }
+    for (const int sat : {all[3], all[4], all[5]}) {
+        EXPECT_EQ(staged.Segments(sat), kWhole);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -184,6 +185,34 @@ TEST_F(TripleDifference, TroubledDataOfSeveralPeriodsAgreeWithAnIndependentAdjus
     ASSERT_EQ(solver->SolveTripleDifference(), 21);
     ExpectRecord(*solver, expected);
     EXPECT_LT(RowCount(*solver), 2 * 16 * 38);
+}
+
+TEST_F(TripleDifference, AWanderingSolutionEndsAfterTenPasses) {
+    // Phases whose errors spread over many orders of magnitude: every pass sees the scatter that the
+    // one before left over, throws out the worst rows and moves on. The reference does ten passes
+    // at most.
+    constexpr int kNeverSettled = 11;
+    int wandered = 0;
+    for (std::uint32_t seed = 1; seed <= 4; ++seed) {
+        SCOPED_TRACE(seed);
+        session_ = test::SyntheticSession();
+        session_.AddSky(kGps, 7);
+        HandOver();
+        std::mt19937 random(seed);
+        const auto uniform = [&random] { return static_cast<double>(random()) / 4294967296.0; };
+        for (int i = 0; i < session_.epochCount; ++i) {
+            for (int s = 0; s < 7; ++s) {
+                const double cycles = std::pow(10.0, 5.0 * uniform() - 3.0);
+                EpochOf(i).phase[s][0] += uniform() < 0.5 ? cycles : -cycles;
+            }
+        }
+        const auto solver = Prepared(1);
+        const CoordinateAdjustment expected = TripleDifferenceAdjustment(*solver);
+        wandered += expected.iterations == kNeverSettled;
+        ASSERT_EQ(solver->SolveTripleDifference(), 21);
+        ExpectRecord(*solver, expected);
+    }
+    EXPECT_GT(wandered, 0);
 }
 
 TEST_F(TripleDifference, OtherGalileoBandsTakeTheirOwnWavelengths) {
