@@ -70,7 +70,7 @@ std::string FirstDifference(const std::string& a, const std::string& b);
 // A test for each solve model.
 class Law : public test::ProcessTest, public ::testing::WithParamInterface<int> {
   protected:
-    static constexpr std::uint64_t kSeeds = 3;
+    static constexpr std::uint64_t kSeeds = VORNEL_SESSIONS_OF_A_LAW;
 
     int model() const { return GetParam(); }
     // Different sessions for each model.
