@@ -193,7 +193,10 @@ class Damage {
                 break;
             case 5:
                 for (std::size_t k = i; k < observations.epochs.size(); ++k) {
-                    observations.epochs[k].time.week += bytes_.Int(-10, 10);
+                    // Without a sign: another change may have left the least of all weeks.
+                    int& week = observations.epochs[k].time.week;
+                    week = static_cast<int>(static_cast<unsigned>(week) +
+                                            static_cast<unsigned>(bytes_.Int(-10, 10)));
                 }
                 break;
             default:
