@@ -392,6 +392,8 @@ class FloatSolution {
             bias_[k - 3] += dx(Index(k), 0);
         }
         ForEachAmbiguity([&dx](int global, double& value) { value += dx(Index(global), 0); });
+        // A later pass may give up tracks and solve no more; the tables index the list of this one.
+        equations_.SetAmbiguities(ambiguities_);
 
         double vPv = equations_.ReducedSum(weightedSumSquares_, rhs_);
         if (std::fabs(vPv) < 1e-11) {
@@ -436,7 +438,6 @@ class FloatSolution {
         result.residuals = residuals_;
         solver_.resultManage.floatResults.push_back(result);
         solver_.equationBlock = equations_;
-        solver_.equationBlock.SetAmbiguities(ambiguities_);
     }
 
     StaticSolve& solver_;

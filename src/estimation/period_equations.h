@@ -59,7 +59,7 @@ class PeriodEquations {
     gult::matrixT spareB;                    // carried, read by nothing
     std::vector<gult::matrixT> mapToPeriod;  // by period: -Nbb^-1 Nbc
     std::vector<gult::matrixT> qPeriod;      // by period: Nbb^-1
-    std::vector<AmbRstInfo> ambiguities;     // the final list of the float solution
+    std::vector<AmbRstInfo> ambiguities;     // of the last solve; the tables index it
 
     PeriodEquations() = default;
     // flag other than 0 widens the rows of the tables by the number of periods.

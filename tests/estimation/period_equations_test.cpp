@@ -382,7 +382,7 @@ TEST(PeriodEquationsTest, CommonParametersThatNothingDeterminesAreAnError) {
 }
 
 TEST(PeriodEquationsTest, ATrackWithoutARecordIsAnError) {
-    // Tracks erased after the last solve are gone from the list, not from the tables.
+    // The list must be the one that the tables index.
     for (const int model : {1, 3}) {
         SessionShape shape;
         shape.model = model;
