@@ -1,6 +1,7 @@
 // The satellite of each system and period against which its double differences are formed.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "foundation/satellite.h"
 #include "foundation/trace.h"
@@ -71,11 +72,13 @@ int LongestSeen(const CandidateTable& table, int minEpochs) {
     return reference;
 }
 
-int ChannelOf(int sat) {
+// Channels are signed 16-bit numbers here, as in the records of the observations; what an ephemeris
+// has beyond them wraps round.
+std::int16_t ChannelOf(int sat) {
     int slot = 0;
     SplitSatNumber(sat, &slot);
     const GlonassEphemeris* record = GlonassEphemerides().FirstOfSlot(slot);
-    return record == nullptr ? 0 : record->channel;
+    return record == nullptr ? std::int16_t{0} : static_cast<std::int16_t>(record->channel);
 }
 
 // The satellite in the middle of the frequency channels that is seen long enough, so that the

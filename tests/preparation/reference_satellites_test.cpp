@@ -443,6 +443,26 @@ TEST_F(References, GlonassIsSortedByChannelAndNotBySlot) {
     EXPECT_EQ(solver_->periods[0].refSatGlo, kGlo + 1);
 }
 
+TEST_F(References, ChannelsAreComparedAsSigned16BitNumbers) {
+    // 65534 wraps to -2, between -5 and 3; -32769 to 32767, above all.
+    MakeEpochs(31);
+    SetChannel(1, -5);
+    SetChannel(2, 3);
+    SetChannel(3, 65534);
+    for (int slot = 1; slot <= 3; ++slot) {
+        See(kGlo + slot, 0, 30, 1.0);
+    }
+    solver_->SelectRefSats();
+    EXPECT_EQ(solver_->periods[0].refSatGlo, kGlo + 3);
+
+    GlonassEphemerides().Clear();
+    SetChannel(1, -32769);
+    SetChannel(2, -5);
+    SetChannel(3, 3);
+    solver_->SelectRefSats();
+    EXPECT_EQ(solver_->periods[0].refSatGlo, kGlo + 3);
+}
+
 TEST_F(References, TheFirstRecordOfASlotNamesItsChannel) {
     MakeEpochs(31);
     SetChannel(1, 5);
