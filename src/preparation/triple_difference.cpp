@@ -212,6 +212,7 @@ class TripleDifference {
         SetBaseline(result, x_, solver_.basePosition);
         SetCovariance(result, step.Q, x_);
         SetAccuracy(result, result.length);
+        result.sigmaLength = SigmaLength(result);
         result.rms = step.rms;
         if (IsZeroBaseline(result)) {
             result.sigma3 = 0.0;
@@ -224,6 +225,17 @@ class TripleDifference {
         const XYZPosition& base = solver_.basePosition;
         solver_.roverPosition =
             XYZPosition(base.X + result.dX, base.Y + result.dY, base.Z + result.dZ);
+    }
+
+    // As SetAccuracy has it but for the last bits: here each direction cosine is formed first.
+    static double SigmaLength(const SolveResultTD& result) {
+        gult::matrixT Q = result.covXYZ;
+        const auto part = [&](double component, double variance) {
+            const double cosine = component / result.length;
+            return cosine * cosine * variance;
+        };
+        return std::sqrt(part(result.dX, Q(0, 0)) + part(result.dY, Q(1, 1)) +
+                         part(result.dZ, Q(2, 2)));
     }
 
     StaticSolve& solver_;

@@ -230,6 +230,11 @@ TEST_P(FloatSolutionOfModel, RecordsWhatItsEquationsSay) {
     }
     EXPECT_NEAR(result.sigma3, std::sqrt(trace), 1e-12);
     EXPECT_NEAR(result.sigmaLength, std::sqrt(along), 1e-12);
+    // To the bit: the squares are divided by the length twice.
+    const double L = result.length;
+    EXPECT_EQ(result.sigmaLength, std::sqrt(vector[0] * vector[0] / L / L * xyz(0, 0) +
+                                            vector[1] * vector[1] / L / L * xyz(1, 1) +
+                                            vector[2] * vector[2] / L / L * xyz(2, 2)));
     EXPECT_NEAR(result.relativeAccuracy, result.sigma3 / result.length * 1e6, 1e-9);
 
     // Covariance of the ambiguities: a single period's, with the two frequencies of a track of

@@ -126,6 +126,35 @@ void ExpectRecord(const StaticSolve& solver, const CoordinateAdjustment& expecte
 
 // --- the truth and the numbers
 
+TEST_F(TripleDifference, TheSigmaOfTheLengthIsThatOfTheDirectionCosinesToTheBit) {
+    // The float and the fixed solution divide the squares by the length twice instead; the sessions
+    // must hold one that tells the two apart.
+    int apart = 0;
+    for (int seed = 0; seed < 8; ++seed) {
+        test::SyntheticSession session;
+        MakeMixed(session);
+        session.phaseNoise = 1e-3 * (1 + seed);
+        CTRLSolve control;
+        test::HandOver(control, session);
+        const auto solver = test::MakeSolver(control);
+        solver->solveModel = 1;
+        ASSERT_EQ(solver->CutPeriods(), 12);
+        ASSERT_EQ(solver->SelectRefSats(), 14);
+        ASSERT_EQ(solver->SolveTripleDifference(), 21);
+        SolveResultTD record = solver->resultManage.tripleDiff;
+        const double vector[3] = {record.dX, record.dY, record.dZ};
+        const double L = record.length;
+        double cosines = 0.0, squares = 0.0;
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            cosines += vector[k] / L * (vector[k] / L) * record.covXYZ(k, k);
+            squares += vector[k] * vector[k] / L / L * record.covXYZ(k, k);
+        }
+        EXPECT_EQ(record.sigmaLength, std::sqrt(cosines)) << seed;
+        apart += std::sqrt(cosines) != std::sqrt(squares);
+    }
+    EXPECT_GT(apart, 0);
+}
+
 TEST_F(TripleDifference, RecoversTheTrueVectorInEveryModel) {
     MakeMixed(session_);
     session_.phaseNoise = 1e-5;
