@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "ambiguity/lambda.h"
-#include "frame/process.h"
+#include "exports/process.h"
 #include "observation/between_station_model.h"
 #include "orbit/broadcast_ephemeris.h"
 #include "orbit/glonass_orbit.h"

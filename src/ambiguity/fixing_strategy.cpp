@@ -8,10 +8,10 @@
 #include "ambiguity/integer_search.h"
 #include "ambiguity/lambda.h"
 #include "ambiguity/period_fixing.h"
-#include "estimation/double_difference.h"
+#include "difference/double_difference.h"
 #include "foundation/index.h"
 #include "foundation/trace.h"
-#include "frame/static_solve.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

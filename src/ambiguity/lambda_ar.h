@@ -5,8 +5,8 @@
 
 #include <vector>
 
-#include "ambiguity/ambiguity_records.h"
 #include "foundation/matrix.h"
+#include "run/ambiguity_records.h"
 
 namespace vornel {
 

@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "ambiguity/ambiguity_records.h"
 #include "ambiguity/lambda_ar.h"
-#include "estimation/period_equations.h"
+#include "run/ambiguity_records.h"
+#include "run/period_equations.h"
 
 namespace vornel {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "estimation/combination.h"
-#include "result/solution_closing.h"
+#include "difference/combination.h"
+#include "run/solution_closing.h"
 
 namespace vornel {
 

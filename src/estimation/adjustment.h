@@ -1,9 +1,9 @@
 // What the float and the fixed solution do alike round their normal equations.
 #pragma once
 
-#include "ambiguity/ambiguity_records.h"
 #include "foundation/matrix.h"
-#include "frame/static_solve.h"
+#include "run/ambiguity_records.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

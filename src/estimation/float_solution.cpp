@@ -9,13 +9,13 @@
 #include <cmath>
 #include <optional>
 
+#include "difference/double_difference.h"
 #include "estimation/adjustment.h"
-#include "estimation/double_difference.h"
 #include "estimation/sparse_equations.h"
 #include "foundation/index.h"
 #include "foundation/statistics.h"
 #include "foundation/trace.h"
-#include "frame/static_solve.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

@@ -1,7 +1,7 @@
 // Which satellites take part in each epoch, and how the epochs fall into periods.
 #include <algorithm>
 
-#include "frame/static_solve.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

@@ -8,10 +8,10 @@
 #include <cmath>
 #include <cstdint>
 
+#include "difference/single_difference.h"
 #include "foundation/satellite.h"
 #include "foundation/statistics.h"
-#include "frame/static_solve.h"
-#include "preparation/single_difference.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

@@ -7,11 +7,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "difference/single_difference.h"
 #include "foundation/satellite.h"
 #include "foundation/statistics.h"
-#include "frame/static_solve.h"
 #include "preparation/segment.h"
-#include "preparation/single_difference.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

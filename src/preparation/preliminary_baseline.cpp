@@ -3,11 +3,11 @@
 #include <cmath>
 #include <exception>
 
+#include "difference/single_difference.h"
 #include "foundation/satellite.h"
 #include "foundation/statistics.h"
-#include "frame/static_solve.h"
 #include "preparation/normal_equations.h"
-#include "preparation/single_difference.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

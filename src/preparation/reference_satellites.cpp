@@ -5,8 +5,8 @@
 
 #include "foundation/satellite.h"
 #include "foundation/trace.h"
-#include "frame/static_solve.h"
 #include "orbit/glonass_orbit.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

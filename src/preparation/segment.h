@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "ambiguity/ambiguity_records.h"
-#include "frame/static_solve.h"
+#include "run/ambiguity_records.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <exception>
 
+#include "difference/single_difference.h"
 #include "foundation/satellite.h"
 #include "foundation/statistics.h"
-#include "frame/static_solve.h"
 #include "preparation/normal_equations.h"
-#include "preparation/single_difference.h"
-#include "result/solution_closing.h"
+#include "run/solution_closing.h"
+#include "run/static_solve.h"
 
 namespace vornel {
 

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "ambiguity/trace_capture.h"
-#include "estimation/adjusted_session.h"
-#include "frame/process_fixture.h"
+#include "exports/process_fixture.h"
+#include "foundation/trace_capture.h"
+#include "run/adjusted_session.h"
 
 namespace vornel::test {
 namespace {

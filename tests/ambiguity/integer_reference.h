@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "ambiguity/dense_reference.h"
+#include "foundation/dense_reference.h"
 
 namespace vornel::reference {
 

@@ -11,7 +11,7 @@
 #include <random>
 #include <vector>
 
-#include "ambiguity/dense_reference.h"
+#include "foundation/dense_reference.h"
 
 namespace vornel {
 namespace {

@@ -18,11 +18,11 @@
 #include <type_traits>
 #include <vector>
 
-#include "ambiguity/dense_reference.h"
 #include "ambiguity/integer_reference.h"
 #include "ambiguity/lambda.h"
-#include "ambiguity/trace_capture.h"
+#include "foundation/dense_reference.h"
 #include "foundation/statistics.h"
+#include "foundation/trace_capture.h"
 
 namespace vornel {
 namespace {

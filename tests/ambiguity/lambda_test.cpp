@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "ambiguity/dense_reference.h"
 #include "ambiguity/integer_reference.h"
+#include "foundation/dense_reference.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define VORNEL_TEST_SANITIZED 1

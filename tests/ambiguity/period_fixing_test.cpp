@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
-#include "ambiguity/dense_reference.h"
-#include "ambiguity/period_session.h"
-#include "ambiguity/trace_capture.h"
+#include "foundation/dense_reference.h"
+#include "foundation/trace_capture.h"
+#include "run/period_session.h"
 
 namespace vornel {
 namespace {

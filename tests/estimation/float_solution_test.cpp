@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "estimation/adjusted_session.h"
-#include "frame/process_fixture.h"
+#include "exports/process_fixture.h"
+#include "run/adjusted_session.h"
 #include "simulation/noise.h"
 
 namespace vornel::test {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <set>
 
-#include "frame/process_fixture.h"
+#include "exports/process_fixture.h"
 #include "simulation/simulator.h"
 
 namespace vornel::fuzz {

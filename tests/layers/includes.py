@@ -1,49 +1,90 @@
 #!/usr/bin/env python3
-"""includes.py ROOT: the folders know each other in one direction only.
+"""includes.py ROOT: every folder of the engine and of the host includes only folders below it.
 
-The lower three subsystems know nothing above them, so that numbers, orbits and observations can be
-used and tested without a run. The host knows the engine through its public header alone; its own
-folders stand one upon the other: files, the session made of them, what is told of it, the command."""
+FOLDERS is the whole list, from the bottom to the top. A folder that is missing from it, an entry
+without sources, and an include that the entry does not allow are errors. The engine and the host
+know nothing of each other but include/VornelBlCore.h."""
 import pathlib
 import re
 import sys
 
-# Folder, and the folders whose headers it may include besides its own. Folders of the engine that
-# are not listed carry the stages of a run and may know each other.
-ALLOWED = {
+# Folder -> the folders whose headers it may include besides its own. Each names only folders that
+# are listed before it, so that no include can go up or in a circle.
+FOLDERS = {
     "src/foundation": [],
     "src/orbit": ["foundation"],
     "src/observation": ["foundation", "orbit"],
-    "host": ["io", "session", "app", "report"],
+    # The run: its object, its configuration, its records.
+    "src/run": ["foundation", "observation"],
+    "src/difference": ["foundation", "observation", "run"],
+    # The stages are neighbours; none knows another.
+    "src/preparation": ["foundation", "orbit", "observation", "run", "difference"],
+    "src/estimation": ["foundation", "run", "difference"],
+    "src/ambiguity": ["foundation", "run", "difference"],
+    # The exports run the stages through the object of the run, whose members they are.
+    "src/exports": ["foundation", "orbit", "observation", "run"],
+
     "host/io": [],
     "host/session": ["io"],
     "host/report": ["io", "session"],
     "host/app": ["io", "session", "report"],
 }
+PUBLIC_HEADER = "VornelBlCore.h"
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
+SOURCES = (".h", ".cpp")
 
 
-def included(path):
-    return re.findall(r'^\s*#\s*include\s*"([^"]+)"', path.read_text(encoding="utf-8"), re.MULTILINE)
+def sources_of(folder):
+    return sorted(p for p in folder.rglob("*") if p.suffix in SOURCES)
 
 
-def offences(root):
-    engine = {folder.name for folder in (root / "src").iterdir() if folder.is_dir()}
-    host = {folder.name for folder in (root / "host").iterdir() if folder.is_dir()}
-    for folder, allowed in ALLOWED.items():
-        sources = [p for p in (root / folder).rglob("*") if p.suffix in (".h", ".cpp")]
-        if not sources:
-            yield f"{folder}: no sources found"
-        for path in sources:
-            for name in included(path):
+def parts_of(root):
+    """The folders right below src/ and host/ that hold sources, as "src/run"."""
+    return [f"{part}/{folder.name}" for part in ("src", "host")
+            for folder in sorted((root / part).iterdir()) if folder.is_dir() and sources_of(folder)]
+
+
+def errors_of_table(table, present):
+    for folder in present:
+        if folder not in table:
+            yield f"{folder}: not in the table of folders"
+    below = []
+    for folder, allowed in table.items():
+        part = folder.split("/")[0]
+        if folder not in present:
+            yield f"{folder}: in the table, but without sources"
+        for name in allowed:
+            if f"{part}/{name}" not in below:
+                yield f"{folder}: the table lets it include {name}, which does not stand before it"
+        below.append(folder)
+
+
+def errors_of_includes(root, table):
+    names = {folder.split("/")[1] for folder in table}
+    for part in ("src", "host"):
+        for path in sources_of(root / part):
+            place = path.relative_to(root)
+            if len(place.parts) < 3:
+                yield f"{place}: stands in no folder"
+                continue
+            own = place.parts[1]
+            allowed = [own, *table.get(f"{part}/{own}", [])]
+            for quote, name in INCLUDE.findall(path.read_text(encoding="utf-8")):
                 first = name.split("/")[0]
-                own = first == pathlib.Path(folder).name
-                if first in engine | host and not own and first not in allowed:
-                    yield f'{path.relative_to(root)} includes "{name}"'
+                if name == PUBLIC_HEADER or (quote == "<" and first not in names):
+                    continue
+                # "folder/file.h" from the root of the sources, so that the table can be held to it.
+                if first not in allowed or "/" not in name or ".." in name.split("/"):
+                    yield f'{place} includes "{name}"'
+
+
+def errors_in(root, table):
+    return sorted({*errors_of_table(table, parts_of(root)), *errors_of_includes(root, table)})
 
 
 def main():
-    found = sorted(set(offences(pathlib.Path(sys.argv[1]))))
-    print("\n".join(found) if found else "every folder knows only those below it")
+    found = errors_in(pathlib.Path(sys.argv[1]), FOLDERS)
+    print("\n".join(found) if found else f"{len(FOLDERS)} folders, each includes only those below it")
     return 1 if found else 0
 
 

@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "frame/ctrl_solve.h"
-#include "frame/synthetic_session.h"
+#include "exports/ctrl_solve.h"
+#include "run/synthetic_session.h"
 
 namespace vornel {
 namespace {

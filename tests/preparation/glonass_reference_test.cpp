@@ -5,8 +5,8 @@
 #include <tuple>
 #include <vector>
 
-#include "frame/process_fixture.h"
-#include "preparation/staged_session.h"
+#include "exports/process_fixture.h"
+#include "run/staged_session.h"
 #include "simulation/noise.h"
 
 namespace vornel::test {

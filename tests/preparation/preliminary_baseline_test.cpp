@@ -6,9 +6,9 @@
 #include <random>
 #include <vector>
 
-#include "frame/process_fixture.h"
-#include "frame/synthetic_session.h"
+#include "exports/process_fixture.h"
 #include "preparation/reference_adjustment.h"
+#include "run/synthetic_session.h"
 
 namespace vornel {
 namespace {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "foundation/satellite.h"
-#include "frame/static_solve.h"
+#include "run/static_solve.h"
 
 namespace vornel::reference {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "exports/process_fixture.h"
 #include "foundation/trace_fixture.h"
-#include "frame/process_fixture.h"
-#include "frame/synthetic_session.h"
+#include "run/synthetic_session.h"
 
 namespace vornel {
 namespace {

@@ -9,9 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "frame/process_fixture.h"
-#include "frame/synthetic_session.h"
+#include "exports/process_fixture.h"
 #include "preparation/reference_adjustment.h"
+#include "run/synthetic_session.h"
 
 namespace vornel {
 namespace {

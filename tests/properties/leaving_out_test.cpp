@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "VornelBlCore.h"
+#include "exports/process.h"
 #include "foundation/satellite.h"
-#include "frame/process.h"
 #include "properties/random_sessions.h"
 #include "simulation/hand_over.h"
 

@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "VornelBlCore.h"
-#include "frame/process.h"
+#include "exports/process.h"
 #include "simulation/all_answers.h"
 #include "simulation/noise.h"
 

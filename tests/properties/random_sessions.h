@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "frame/process_fixture.h"
-#include "result/solution_records.h"
+#include "exports/process_fixture.h"
+#include "run/solution_records.h"
 #include "simulation/session_run.h"
 #include "simulation/simulator.h"
 

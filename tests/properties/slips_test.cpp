@@ -7,8 +7,8 @@
 #include <iterator>
 #include <vector>
 
+#include "exports/process.h"
 #include "foundation/satellite.h"
-#include "frame/process.h"
 #include "properties/random_sessions.h"
 
 namespace vornel::properties {

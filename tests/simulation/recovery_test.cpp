@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "frame/process.h"
-#include "frame/process_fixture.h"
-#include "frame/run_status.h"
+#include "exports/process.h"
+#include "exports/process_fixture.h"
+#include "run/run_status.h"
 #include "simulation/session_run.h"
 
 namespace vornel::simulation {

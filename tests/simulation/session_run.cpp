@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "VornelBlCore.h"
-#include "frame/process.h"
+#include "exports/process.h"
 
 namespace vornel::simulation {
 

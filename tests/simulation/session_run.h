@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "foundation/position.h"
-#include "frame/static_solve.h"
+#include "run/static_solve.h"
 #include "simulation/hand_over.h"
 #include "simulation/simulator.h"
 

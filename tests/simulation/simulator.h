@@ -19,9 +19,9 @@
 #include <vector>
 
 #include "foundation/position.h"
-#include "frame/solve_config.h"
 #include "observation/ionosphere.h"
 #include "observation/reference_geometry.h"
+#include "run/solve_config.h"
 #include "simulation/made_up_sky.h"
 
 namespace vornel::simulation {

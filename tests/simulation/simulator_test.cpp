@@ -4,8 +4,8 @@
 
 #include <cmath>
 
-#include "frame/process.h"
-#include "frame/process_fixture.h"
+#include "exports/process.h"
+#include "exports/process_fixture.h"
 #include "simulation/session_run.h"
 
 namespace vornel::simulation {
