@@ -22,7 +22,7 @@ struct Answer {
 };
 
 inline std::filesystem::path ProjectFolder() {
-    return std::filesystem::path(__FILE__).parent_path() / ".." / ".." / "..";
+    return std::filesystem::path(VORNEL_TEST_DATA).parent_path().parent_path();
 }
 
 class CommandFixture : public ::testing::Test {

@@ -15,7 +15,7 @@ namespace {
 const io::GpsTime kDay{2111, 345600.0};
 
 std::vector<io::Navigation> DemoNavigation() {
-    const auto folder = std::filesystem::path(__FILE__).parent_path() / "../../../data/wettzell";
+    const auto folder = std::filesystem::path(VORNEL_TEST_DATA) / "../../data/wettzell";
     std::vector<io::Navigation> files;
     for (const char* name :
          {"ESBC00DNK_R_20201770000_01D_MN.rnx.gz", "ESBC00DNK_R_20201770000_01D_RN.rnx.gz"}) {

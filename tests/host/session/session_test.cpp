@@ -22,8 +22,7 @@ namespace {
 using test::Call;
 using test::Calls;
 
-const std::filesystem::path kRoot =
-    std::filesystem::path(__FILE__).parent_path() / ".." / ".." / "..";
+const std::filesystem::path kRoot = std::filesystem::path(VORNEL_TEST_DATA) / ".." / "..";
 
 const Vector3 kWtzr{4075580.3111, 931854.0543, 4801568.2808};
 const Vector3 kWtzz{4075579.1913, 931853.3696, 4801569.1897};
