@@ -266,7 +266,9 @@ Vector3 DirectionOf(const std::string& text) {
     std::seed_seq seed(text.begin(), text.end());
     std::mt19937 generator(seed);
     // Not std::normal_distribution, whose values differ between libraries.
-    const auto uniform = [&generator] { return (static_cast<double>(generator()) + 0.5) / 4294967296.0; };
+    const auto uniform = [&generator] {
+        return (static_cast<double>(generator()) + 0.5) / 4294967296.0;
+    };
     const double up = 2.0 * uniform() - 1.0;
     const double angle = 2.0 * M_PI * uniform();
     const double across = std::sqrt(1.0 - up * up);
