@@ -41,59 +41,81 @@ def _cached(path):
     return table
 
 
+class Runs:
+    """One engine run of each session, or none: rows of the table, -1 where there is none. Values
+    without a run are not-a-number, or empty."""
+
+    def __init__(self, table, rows):
+        self.table = table
+        self.rows = rows
+
+    def has(self):
+        return self.rows >= 0
+
+    def at(self, name):
+        column = self.table.columns[name]
+        missing = "" if column.dtype.kind == "U" else np.nan
+        return np.where(self.rows >= 0, column[np.maximum(self.rows, 0)], missing)
+
+    def otherwise(self, other):
+        """The other run where a session has not this one."""
+        return Runs(self.table, np.where(self.rows >= 0, self.rows, other.rows))
+
+    def where(self, which):
+        """None for the other sessions."""
+        return Runs(self.table, np.where(which, self.rows, -1))
+
+    def fixed(self):
+        return self.at("acceptance") == "fixed"
+
+    def horizontal(self, prefix="e"):
+        """mm"""
+        return np.hypot(self.at(prefix + "_n"), self.at(prefix + "_e"))
+
+    def up(self, prefix="e"):
+        return np.abs(self.at(prefix + "_u"))
+
+    def right(self):
+        return self.fixed() & (self.horizontal() <= WRONG)
+
+    def wrong(self):
+        return self.fixed() & (self.horizontal() > WRONG)
+
+
+def distance(one, other, prefix="e", other_prefix=None):
+    """mm between the answers of two runs: horizontally, and in height."""
+    other_prefix = other_prefix or prefix
+    north, east, up = (one.at(f"{prefix}_{c}") - other.at(f"{other_prefix}_{c}") for c in "neu")
+    return np.hypot(north, east), np.abs(up)
+
+
 class Table:
-    """table["e_n"]: a column over all runs. table.at("mask20", "e_n"): over all sessions, the value
-    of that run, not-a-number (or "") where the session has no such run. table.session("length"):
-    over all sessions."""
+    """table["e_n"]: a column over all runs. table.run("mask20").at("e_n"): over all sessions, the
+    value of that run. table.session("length"): over all sessions."""
 
     def __init__(self, paths):
         parts = [_cached(path) for path in paths]
         self.columns = {name: np.concatenate([part[name] for part in parts]) for name in parts[0]}
-        self.cuts, first, self.cut = np.unique(self.columns["cut"], return_index=True,
-                                               return_inverse=True)
+        self.cuts, self.first, self.cut = np.unique(self.columns["cut"], return_index=True,
+                                                    return_inverse=True)
         self.labels, label = np.unique(self.columns["run"], return_inverse=True)
         self.index = np.full((len(self.cuts), len(self.labels)), -1, dtype=np.int64)
         self.index[self.cut, label] = np.arange(len(label))
-        self.first = first
 
     def __getitem__(self, name):
         return self.columns[name]
 
-    def has(self, label):
-        """Which sessions have the run."""
-        place = np.flatnonzero(self.labels == label)
-        if len(place) == 0:
-            return np.zeros(len(self.cuts), dtype=bool)
-        return self.index[:, place[0]] >= 0
-
-    def at(self, label, name):
-        column = self.columns[name]
-        missing = "" if column.dtype.kind == "U" else np.nan
-        place = np.flatnonzero(self.labels == label)
-        if len(place) == 0:
-            return np.full(len(self.cuts), missing)
-        rows = self.index[:, place[0]]
-        return np.where(rows >= 0, column[np.maximum(rows, 0)], missing)
+    def run(self, *labels):
+        """The first of the runs that a session has."""
+        runs = Runs(self, np.full(len(self.cuts), -1, dtype=np.int64))
+        for label in labels:
+            place = np.flatnonzero(self.labels == label)
+            if len(place) > 0:
+                runs = runs.otherwise(Runs(self, self.index[:, place[0]]))
+        return runs
 
     def session(self, name):
         return self.columns[name][self.first]
-
-    def fixed(self, label):
-        return self.at(label, "acceptance") == "fixed"
-
-    def horizontal(self, label, prefix="e"):
-        """mm"""
-        return np.hypot(self.at(label, prefix + "_n"), self.at(label, prefix + "_e"))
-
-    def up(self, label, prefix="e"):
-        return np.abs(self.at(label, prefix + "_u"))
-
-    def distance(self, one, other, prefix="e", other_prefix=None):
-        """mm between two answers: horizontally, and in height."""
-        other_prefix = other_prefix or prefix
-        north, east, up = (self.at(one, f"{prefix}_{c}") - self.at(other, f"{other_prefix}_{c}")
-                           for c in "neu")
-        return np.hypot(north, east), np.abs(up)
 
 
 LENGTHS = [(0.0, 1e3, "to 1 km"), (1e3, 1e4, "1-10 km"), (1e4, 3e4, "10-30 km"),

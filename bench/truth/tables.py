@@ -6,6 +6,7 @@ classes   per class of length and duration: answers, fixed, right, wrong, errors
 levers    each other configuration against the plain run, on the sessions that have both
 checks    each run as a check of the fixed answer: how many right and wrong ones agree with it
 coverage  how often formal bounds hold
+findings  known weak places with and without a remedy
 signs     what the plain run's own figures tell about a fixed answer
 Errors are in millimetres; a fixed answer more than 50 mm off horizontally is wrong."""
 import argparse
@@ -13,7 +14,7 @@ import sys
 
 import numpy as np
 
-from table import WRONG, LENGTHS, Table, length_class, percentile, span_name
+from table import LENGTHS, WRONG, Table, distance, length_class, percentile, span_name
 
 AGREES = 25.0  # mm, horizontally, between the fixed vectors of two runs
 
@@ -52,88 +53,80 @@ def groups(table, which, by_set=False):
                 durations == duration)
 
 
-def verdicts(table, label, which):
-    fixed = which & table.fixed(label)
-    off = table.horizontal(label)
-    return fixed, fixed & (off <= WRONG), fixed & (off > WRONG)
-
-
 def classes(table, which, label="main", by_set=False, title="classes"):
+    runs = table.run(label)
+    off, up = runs.horizontal(), runs.up()
     rows = []
-    for name, members in groups(table, which & table.has(label), by_set):
-        fixed, right, wrong = verdicts(table, label, members)
-        off, up = table.horizontal(label), table.up(label)
-        rows.append([name, members.sum(), independent(table, members), fixed.sum(), right.sum(),
-                     wrong.sum(), number(percentile(off[members], 50)),
-                     number(percentile(off[members], 95)), number(percentile(up[members], 50)),
-                     number(percentile(up[members], 95)), number(percentile(off[fixed], 50), 1),
-                     number(percentile(off[fixed], 95), 1), number(percentile(up[fixed], 50), 1),
-                     number(percentile(up[fixed], 95), 1)])
+    for name, members in groups(table, which & runs.has(), by_set):
+        fixed = members & runs.fixed()
+        rows.append([name, members.sum(), independent(table, members), fixed.sum(),
+                     (members & runs.right()).sum(), (members & runs.wrong()).sum(),
+                     number(percentile(off[members], 50)), number(percentile(off[members], 95)),
+                     number(percentile(up[members], 50)), number(percentile(up[members], 95)),
+                     number(percentile(off[fixed], 50), 1), number(percentile(off[fixed], 95), 1),
+                     number(percentile(up[fixed], 50), 1), number(percentile(up[fixed], 95), 1)])
     show(f"{title}: {label}",
          ["class", "n", "blocks", "fixed", "right", "wrong", "H50", "H95", "U50", "U95",
           "fixed H50", "H95", "U50", "U95"], rows)
 
 
-def levers(table, which):
+def levers(table, which, label="main"):
+    plain = table.run(label)
     rows = []
-    for label in table.labels:
-        if label in ("main", "refused", "died"):
+    for other in table.labels:
+        runs = table.run(other)
+        both = which & plain.has() & runs.has()
+        if other in (label, "refused", "died") or not both.any():
             continue
-        both = which & table.has("main") & table.has(label)
-        if not both.any():
-            continue
-        row = [label, both.sum()]
-        for run in ("main", label):
-            _, right, wrong = verdicts(table, run, both)
-            off, up = table.horizontal(run)[both], table.up(run)[both]
-            row += [right.sum(), wrong.sum(), number(percentile(off, 50), 1),
-                    number(percentile(off, 95)), number(percentile(up, 50), 1),
-                    number(percentile(up, 95))]
-        row.append(number(np.nansum(table.at(label, "run_cpu")[both]) /
-                          np.nansum(table.at("main", "run_cpu")[both]), 2))
+        row = [other, both.sum()]
+        for side in (plain, runs):
+            off, up = side.horizontal()[both], side.up()[both]
+            row += [(both & side.right()).sum(), (both & side.wrong()).sum(),
+                    number(percentile(off, 50), 1), number(percentile(off, 95)),
+                    number(percentile(up, 50), 1), number(percentile(up, 95))]
+        row.append(number(np.nansum(runs.at("run_cpu")[both]) /
+                          np.nansum(plain.at("run_cpu")[both]), 2))
         rows.append(row)
-    show("levers: the plain run, then the other one; the same sessions",
+    show(f"levers: {label}, then the other run; the same sessions",
          ["run", "n", "right", "wrong", "H50", "H95", "U50", "U95", "right", "wrong", "H50", "H95",
           "U50", "U95", "cpu"], rows)
 
 
-def checks(table, which, main="main"):
-    fixed, right, wrong = verdicts(table, main, which)
+def checks(table, which, label="main"):
+    answer = table.run(label)
+    right, wrong = which & answer.right(), which & answer.wrong()
     rows = []
-    for label in table.labels:
-        if label in (main, "refused", "died"):
+    for other in table.labels:
+        check = table.run(other)
+        has = check.has() & (right | wrong)
+        if other in (label, "refused", "died") or not has.any():
             continue
-        has = table.has(label)
-        if not (has & fixed).any():
-            continue
-        apart, _ = table.distance(main, label)
-        agree = table.fixed(label) & (apart <= AGREES)
-        rows.append([label, (has & right).sum(), (has & right & agree).sum(),
+        agree = check.fixed() & (distance(answer, check)[0] <= AGREES)
+        rows.append([other, (has & right).sum(), (has & right & agree).sum(),
                      share((has & right & agree).sum(), (has & right).sum()),
-                     (has & wrong).sum(), (has & wrong & agree).sum(),
-                     (has & agree & fixed).sum(),
+                     (has & wrong).sum(), (has & wrong & agree).sum(), (has & agree).sum(),
                      share((has & wrong & agree).sum(), (has & wrong).sum())])
-    show(f"checks of {main}: fix of the check within {AGREES:.0f} mm of it",
+    show(f"checks of {label}: fix of the check within {AGREES:.0f} mm of it",
          ["run", "right", "agree", "%", "wrong", "agree", "of agreeing", "% of wrong"], rows)
 
 
 def coverage(table, which, label="main"):
-    rows = []
-    r = np.clip(table.at(label, "res_r1"), -0.99, 0.9999)
+    runs = table.run(label)
+    r = np.clip(runs.at("res_r1"), -0.99, 0.9999)
     stretched = np.sqrt((1 + r) / (1 - r))
-    tau = np.sqrt(np.maximum(1.0, table.at(label, "res_tau") / table.session("interval")))
-    for prefix, kind, chosen in (
-            ("fx", "fixed, right", which & table.fixed(label) & (table.horizontal(label) <= WRONG)),
-            ("fl", "float shown", which & (table.at(label, "acceptance") == "float"))):
+    tau = np.sqrt(np.maximum(1.0, runs.at("res_tau") / table.session("interval")))
+    rows = []
+    for prefix, kind, chosen in (("fx", "fixed, right", which & runs.right()),
+                                 ("fl", "float", which & (runs.at("acceptance") == "float"))):
         for name, members in groups(table, chosen):
             if members.sum() < 10:
                 continue
             row = [f"{kind}, {name}", members.sum(), number(np.nanmedian(r[members]), 2),
-                   number(np.nanmedian(table.at(label, "res_tau")[members]))]
+                   number(np.nanmedian(runs.at("res_tau")[members]))]
             for factor in (1.0, stretched, tau):
                 for c in "neu":
-                    error = np.abs(table.at(label, f"{prefix}_{c}"))
-                    bound = 1.96 * table.at(label, f"{prefix}_s{c}") * factor
+                    error = np.abs(runs.at(f"{prefix}_{c}"))
+                    bound = 1.96 * runs.at(f"{prefix}_s{c}") * factor
                     row.append(share((error <= bound)[members].sum(), members.sum()))
             rows.append(row)
     show("coverage of 95 % bounds in percent: formal; times root of (1+r)/(1-r); times root of "
@@ -142,25 +135,25 @@ def coverage(table, which, label="main"):
 
 
 def signs(table, which, label="main"):
-    fixed, _, wrong = verdicts(table, label, which)
-    off_td, _ = table.distance(label, label, "e", "td")
-    off_fl, _ = table.distance(label, label, "e", "fl")
-    figures = [("integers", [0, 2, 3, 4, 5, 7, 10, 20, 1e9], table.at(label, "integers")),
-               ("ratio", [0, 1.8, 2.5, 4, 8, 16, 30, 98.9, 1e9], table.at(label, "ratio")),
-               ("wide-lane ratio", [0, 1.8, 4, 30, 98.9, 1e9], table.at(label, "ratio_wl")),
-               ("variance factor", [0, 0.25, 0.5, 1, 2, 5, 10, 100, 1e12], table.at(label, "fx_vf")),
-               ("rms mm", [0, 2, 5, 10, 20, 50, 100, 1e9], table.at(label, "fx_rms")),
-               ("rejected share", [0, 0.01, 0.03, 0.1, 0.2, 0.5, 1.1],
-                table.at(label, "res_rejected")),
-               ("worst mean, sigmas", [0, 2, 3, 4, 6, 1e9], table.at(label, "res_mean_sigmas")),
-               ("to triple difference, mm", [0, 50, 100, 300, 1000, 1e9], off_td),
-               ("to float, mm", [0, 20, 50, 100, 300, 1000, 1e9], off_fl),
-               ("satellites", [0, 3, 4, 5, 6, 8, 12, 99], table.at(label, "sats_n")),
+    runs = table.run(label)
+    fixed, wrong = which & runs.fixed(), runs.wrong()
+    figures = [("integers", [0, 2, 3, 4, 5, 7, 10, 20, 1e9], runs.at("integers")),
+               ("ratio", [0, 1.8, 2.5, 4, 8, 16, 30, 98.9, 1e9], runs.at("ratio")),
+               ("wide-lane ratio", [0, 1.8, 4, 30, 98.9, 1e9], runs.at("ratio_wl")),
+               ("variance factor", [0, 0.25, 0.5, 1, 2, 5, 10, 100, 1e12], runs.at("fx_vf")),
+               ("rms mm", [0, 2, 5, 10, 20, 50, 100, 1e9], runs.at("fx_rms")),
+               ("rejected share", [0, 0.01, 0.03, 0.1, 0.2, 0.5, 1.1], runs.at("res_rejected")),
+               ("worst mean, sigmas", [0, 2, 3, 4, 6, 1e9], runs.at("res_mean_sigmas")),
+               ("to triple difference, mm", [0, 50, 100, 300, 1000, 1e9],
+                distance(runs, runs, "e", "td")[0]),
+               ("to float, mm", [0, 20, 50, 100, 300, 1000, 1e9],
+                distance(runs, runs, "e", "fl")[0]),
+               ("satellites", [0, 3, 4, 5, 6, 8, 12, 99], runs.at("sats_n")),
                ("periods with integers / all", [0, 0.3, 0.6, 0.99, 1.01],
-                table.at(label, "periods_fixed") / table.at(label, "periods"))]
+                runs.at("periods_fixed") / runs.at("periods"))]
     rows = []
     for model in (1, 6):
-        of_model = fixed & (table.at(label, "model") == model)
+        of_model = fixed & (runs.at("model") == model)
         for name, bounds, values in figures:
             for low, high in zip(bounds, bounds[1:]):
                 members = of_model & (values >= low) & (values < high)
@@ -169,6 +162,56 @@ def signs(table, which, label="main"):
                                  (members & wrong).sum(),
                                  share((members & wrong).sum(), members.sum())])
     show("signs: what else the fixed answers have", ["sign", "fixed", "wrong", "%"], rows)
+
+
+def verdict(runs, which):
+    """How the answers of some sessions are: number, fixed, wrong, median and 95 % errors."""
+    members = which & runs.has()
+    off, up = runs.horizontal()[members], runs.up()[members]
+    return [members.sum(), (members & runs.fixed()).sum(), (members & runs.wrong()).sum(),
+            number(percentile(off, 50), 1), number(percentile(off, 95)),
+            number(percentile(up, 50), 1), number(percentile(up, 95))]
+
+
+def findings(table, which, label="main"):
+    """Known weak places, as they are and with a remedy."""
+    main = table.run(label)
+    length = table.session("length")
+    stuck = which & (main.at("status") == 71)
+    let_pass = table.run("ratio0")
+    rows = []
+    for name, members in groups(table, stuck):
+        both = members & (let_pass.at("fl_mode") == 6)
+        rows.append([f"wide lane alone, {name}"] + verdict(main, both) +
+                    [number(percentile(let_pass.horizontal("fl")[both], 50), 1),
+                     number(percentile(let_pass.horizontal("fl")[both], 95)),
+                     number(percentile(let_pass.up("fl")[both], 50), 1),
+                     number(percentile(let_pass.up("fl")[both], 95))])
+    show("runs that end with the wide lane: as shown (first errors), ionosphere-free float (last)",
+         ["class", "n", "fixed", "wrong", "H50", "H95", "U50", "U95", "H50", "H95", "U50", "U95"],
+         rows)
+
+    pairs = [("no Galileo in model 6", which & (main.at("model") == 6), main,
+              table.run("no_galileo")),
+             ("10-30 km: model 1", which & (length >= 1e4) & (length < 3e4), main,
+              table.run("model1")),
+             ("headers off by 30 m: true base", which & (table.session("moved") == 30), main,
+              table.run("base_true")),
+             ("headers off by 30 m: code base", which & (table.session("moved") == 30), main,
+              table.run("base_code")),
+             ("offsets of antennas left out", which & (table.session("antennas") == "applied"),
+              main, table.run("no_offsets")),
+             ("coefficients: none", which, main, table.run("no_coefficients")),
+             ("coefficients: zeros", which, main, table.run("zero_coefficients"))]
+    rows = []
+    for name, members, one, other in pairs:
+        members = members & one.has() & other.has() & (table.session("moved") == (
+            30 if "headers" in name else 0))
+        for kind, group in groups(table, members):
+            rows.append([f"{name}; {kind}"] + verdict(one, group) + verdict(other, group)[1:])
+    show("remedies: as it is, then with the change",
+         ["change; class", "n", "fixed", "wrong", "H50", "H95", "U50", "U95", "fixed", "wrong",
+          "H50", "H95", "U50", "U95"], rows)
 
 
 def parse(arguments):
@@ -206,11 +249,13 @@ def main(arguments):
         elif name == "sets":
             classes(table, which, options.main, by_set=True, title="sets")
         elif name == "levers":
-            levers(table, which)
+            levers(table, which, options.main)
         elif name == "checks":
             checks(table, which, options.main)
         elif name == "coverage":
             coverage(table, which, options.main)
+        elif name == "findings":
+            findings(table, which, options.main)
         elif name == "signs":
             signs(table, which, options.main)
         else:

@@ -9,6 +9,7 @@ import tempfile
 import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import rules
 import table
 import tables
 
@@ -84,11 +85,35 @@ class Tables(unittest.TestCase):
 
     def test_missing_runs_are_not_numbers(self):
         data = table.Table([self.path])
-        self.assertEqual(list(data.has("check")), [True, True, True, False])
-        self.assertEqual(list(data.fixed("check")), [True, True, True, False])
-        self.assertTrue(data.horizontal("check")[3] != data.horizontal("check")[3])
+        check = data.run("check")
+        self.assertEqual(list(check.has()), [True, True, True, False])
+        self.assertEqual(list(check.fixed()), [True, True, True, False])
+        self.assertTrue(check.horizontal()[3] != check.horizontal()[3])
+        self.assertEqual(list(data.run("none", "check", "main").at("e_n")), [3, 64, 0, 300])
         again = table.Table([self.path])  # from the arrays kept beside the file
-        self.assertEqual(list(again.at("main", "e_n")), [3, 60, 0, 300])
+        self.assertEqual(list(again.run("main").at("e_n")), [3, 60, 0, 300])
+
+    def test_the_readable_rule(self):
+        def answer(*checks, integers=5, length=500):
+            rows = [run("a1", "main", "fixed", (0, 0, 0), integers=integers, length=length)]
+            rows += [run("a1", label, "fixed", (off, 0, 0), length=length) for label, off in checks]
+            with open(self.path, "w", newline="", encoding="utf-8") as file:
+                writer = csv.DictWriter(file, [*NAMES, "freqs"])
+                writer.writeheader()
+                writer.writerows(row | {"freqs": "2"} for row in rows)
+            self.path.with_suffix(".npz").unlink(missing_ok=True)
+            return bool(rules.readable(rules.Answer(table.Table([self.path])))[0])
+
+        self.assertTrue(answer(("first_two_thirds", 39)))
+        self.assertFalse(answer(("first_two_thirds", 41)))
+        self.assertFalse(answer(("first_two_thirds", 39), integers=4))
+        self.assertFalse(answer(("mask20", 1)))
+        self.assertFalse(answer(("first_two_thirds", 1), ("last_two_thirds", 101)))
+        self.assertTrue(answer(("first_two_thirds", 1), ("last_two_thirds", 99)))
+        self.assertFalse(answer(("first_two_thirds", 1), ("mask20", 1), length=20e3))
+        self.assertTrue(answer(("model1_first", 1), ("model2", 39), length=20e3))
+        self.assertFalse(answer(("first_two_thirds", 1), length=40e3))
+        self.assertTrue(answer(("first_two_thirds", 1), ("mask20", 39), length=40e3))
 
     def test_classes_of_length_begin_at_their_bound(self):
         names = table.length_class([0.5, 999.9, 1000.0, 3e4, 2e6])
