@@ -1,0 +1,248 @@
+#include "sky.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "calendar.h"
+#include "random.h"
+
+namespace vornel::rough {
+namespace {
+
+constexpr double kBdtOffset = 14.0;          // s that BeiDou time is behind GPS time
+constexpr double kGlonassInterval = 1800.0;  // s
+constexpr double kMargin = 600.0;            // s beyond the session for the path of a signal
+constexpr double kTableMargin = 6300.0;      // s of precise tables beyond the session
+
+double IntervalOf(io::GnssSystem system) {
+    switch (system) {
+        case io::GnssSystem::kGps:
+            return 7200.0;
+        case io::GnssSystem::kBeiDou:
+            return 3600.0;
+        default:
+            return 1800.0;
+    }
+}
+
+// With the digits that a file has: one, and twelve behind the point.
+double AsWritten(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.12e", value);
+    return std::strtod(text, nullptr);
+}
+
+double Reduced(double angle) {
+    return std::remainder(angle, 2.0 * kPi);
+}
+
+std::uint64_t KeyOf(const Satellite& satellite) {
+    return static_cast<std::uint64_t>(satellite.id.system) * 100 + satellite.id.number;
+}
+
+}  // namespace
+
+ClockTruth::ClockTruth(std::uint64_t seed, const Satellite& satellite, double roughness,
+                       double from, double to) {
+    Random random(seed, "satellite clock", KeyOf(satellite));
+    offset_ = random.Uniform(-4e-4, 4e-4);
+    drift_ = random.Normal(0.0, 3e-12);
+    constexpr double kAllanAtOne = 5e-12;
+    const double step = roughness * kAllanAtOne * std::sqrt(kStep);
+    firstTime_ = std::floor(from / kStep) * kStep;
+    double value = 0.0;
+    for (double t = firstTime_; t < to + 2.0 * kStep; t += kStep) {
+        walk_.push_back(value);
+        value += step * random.Normal();
+    }
+}
+
+double ClockTruth::WalkAt(double t) const {
+    const double steps = (t - firstTime_) / kStep;
+    const double whole =
+        std::clamp(std::floor(steps), 0.0, static_cast<double>(walk_.size()) - 2.0);
+    const auto i = static_cast<std::size_t>(whole);
+    return walk_[i] + (walk_[i + 1] - walk_[i]) * (steps - whole);
+}
+
+Sky::Sky(const Scenario& scenario) : seed_(scenario.seed), effects_(scenario.effects) {
+    constexpr double kQuarter = 900.0;
+    const int leap = LeapSeconds(scenario.start);
+    const double utc = scenario.start.seconds - leap;
+    const double originUtc = std::floor((utc - 1.0) / kQuarter) * kQuarter;
+    origin_ = Normalised(scenario.start.week, originUtc + leap);
+    startTime_ = utc - originUtc;
+    endTime_ = startTime_ + scenario.duration;
+    for (const Satellite& satellite : SatellitesAt(origin_)) {
+        if (scenario.systems[static_cast<std::size_t>(satellite.id.system)]) {
+            satellites_.push_back(satellite);
+        }
+    }
+    const double reach = scenario.preciseInterval ? 3.0 * 3600.0 : 3600.0;
+    const double messageReach = 7200.0 + 3600.0;
+    for (const Satellite& satellite : satellites_) {
+        Body body;
+        if (satellite.id.system == io::GnssSystem::kGlonass) {
+            body.glonass = std::make_unique<GlonassMotion>(satellite, origin_, effects_.lunisolar,
+                                                           startTime_ - reach, endTime_ + reach);
+            body.path = body.glonass->path();
+        } else {
+            body.kepler = std::make_unique<KeplerMotion>(satellite);
+            body.path = PathOf(*body.kepler, startTime_ - kMargin, endTime_ + kMargin);
+        }
+        body.clock = ClockTruth(seed_, satellite, effects_.broadcastError,
+                                startTime_ - messageReach, endTime_ + messageReach);
+        bodies_.push_back(std::move(body));
+    }
+}
+
+io::GpsTime Sky::TimeAt(double t) const {
+    return Normalised(origin_.week, origin_.seconds + t);
+}
+
+double Sky::ClockAt(std::size_t satellite, double t) const {
+    const Body& body = bodies_[satellite];
+    return body.clock.At(t) + (body.kepler ? body.kepler->Relativity(t) : 0.0);
+}
+
+Vector3 Sky::AnyPositionAt(std::size_t satellite, double t) const {
+    const Body& body = bodies_[satellite];
+    return body.kepler ? body.kepler->At(t) : body.path.At(t);
+}
+
+io::Navigation Sky::Messages() const {
+    io::Navigation messages;
+    messages.file = "rough world navigation";
+    messages.version = 3.04;
+    messages.leapSeconds = LeapSeconds(origin_);
+    for (std::size_t s = 0; s < satellites_.size(); ++s) {
+        if (bodies_[s].kepler) {
+            AddKeplerMessages(s, messages);
+        } else {
+            AddGlonassMessages(s, messages);
+        }
+    }
+    return messages;
+}
+
+void Sky::AddKeplerMessages(std::size_t s, io::Navigation& messages) const {
+    const Satellite& satellite = satellites_[s];
+    const Body& body = bodies_[s];
+    const io::GnssSystem system = satellite.id.system;
+    const double offset = system == io::GnssSystem::kBeiDou ? kBdtOffset : 0.0;
+    const double interval = IntervalOf(system);
+    const double rate = ConstantsOf(system).earthRate;
+    // Reference times, in the week of the origin, of the system's own time.
+    const double originOfWeek = origin_.seconds - offset;
+    const double first = std::floor((originOfWeek + startTime_) / interval) * interval;
+    const double last = std::ceil((originOfWeek + endTime_) / interval) * interval;
+    for (double toe = first; toe <= last; toe += interval) {
+        const double t = toe - originOfWeek;
+        const Elements k = body.kepler->ElementsAt(t);
+        const io::GpsTime reference = Normalised(origin_.week, toe);
+        io::KeplerRecord r;
+        r.satellite = satellite.id;
+        r.message = system == io::GnssSystem::kGps       ? io::NavigationMessage::kLnav
+                    : system == io::GnssSystem::kGalileo ? io::NavigationMessage::kInav
+                    : satellite.orbitClass == OrbitClass::kGeostationary
+                        ? io::NavigationMessage::kD2
+                        : io::NavigationMessage::kD1;
+        r.tocWeek = r.toeWeek = reference.week;
+        r.tocSeconds = r.toeSeconds = reference.seconds;
+        r.af0 = AsWritten(body.clock.At(t));
+        r.af1 = AsWritten(body.clock.drift());
+        r.sqrtA = AsWritten(std::sqrt(k.axis));
+        r.eccentricity = AsWritten(k.eccentricity);
+        r.i0 = AsWritten(k.inclination);
+        r.omega0 = AsWritten(Reduced(k.node + rate * reference.seconds));
+        r.omega = AsWritten(Reduced(k.perigee));
+        r.m0 = AsWritten(Reduced(k.meanAnomaly));
+        r.deltaN = AsWritten(k.deltaN);
+        r.omegaDot = AsWritten(k.nodeRate);
+        r.crc = AsWritten(k.crc);
+        r.crs = AsWritten(k.crs);
+        r.cuc = AsWritten(k.cuc);
+        r.cus = AsWritten(k.cus);
+        r.cic = AsWritten(k.cic);
+        r.cis = AsWritten(k.cis);
+        r.iode = std::fmod(toe / interval, 128.0) + 1.0;
+        r.iodc = system == io::GnssSystem::kGalileo ? 0.0 : r.iode;
+        r.accuracy = system == io::GnssSystem::kGalileo ? 3.12 : 2.0;
+        r.dataSources = system == io::GnssSystem::kGalileo ? 517 : 0;
+        r.codesOnL2 = system == io::GnssSystem::kGps ? 1 : 0;
+        r.fitInterval = system == io::GnssSystem::kGps ? 4.0 : 0.0;
+        r.transmitTime = AsWritten(Normalised(0, reference.seconds - interval).seconds);
+        messages.kepler.push_back(r);
+    }
+}
+
+void Sky::AddGlonassMessages(std::size_t s, io::Navigation& messages) const {
+    const Satellite& satellite = satellites_[s];
+    const Body& body = bodies_[s];
+    const int leap = LeapSeconds(origin_);
+    // A quarter to, and a quarter past, each hour of UTC.
+    constexpr double kPhase = 900.0;
+    const double utcOfOrigin = origin_.seconds - leap;
+    const double first =
+        std::floor((utcOfOrigin + startTime_ - kPhase) / kGlonassInterval) * kGlonassInterval +
+        kPhase;
+    for (double utc = first; utc - utcOfOrigin < endTime_ + kGlonassInterval;
+         utc += kGlonassInterval) {
+        const double t = utc - utcOfOrigin;
+        const GlonassMotion::State state = body.glonass->StateAt(t);
+        const io::GpsTime reference = Normalised(origin_.week, utc);
+        io::GlonassRecord r;
+        r.slot = satellite.id.number;
+        r.referenceWeek = reference.week;
+        r.referenceSeconds = reference.seconds;
+        r.leapSeconds = leap;
+        r.clockBias = AsWritten(body.clock.At(t));
+        r.clockDrift = AsWritten(body.clock.drift());
+        r.messageFrameTime = AsWritten(reference.seconds);
+        for (std::size_t c = 0; c < 3; ++c) {
+            r.position[c] = AsWritten(state.position[c] / 1000.0);
+            r.velocity[c] = AsWritten(state.velocity[c] / 1000.0);
+            r.acceleration[c] = AsWritten(state.attraction[c] / 1000.0);
+        }
+        r.channel = satellite.channel;
+        messages.glonass.push_back(r);
+    }
+}
+
+io::PreciseOrbits Sky::PreciseTables(double interval) const {
+    io::PreciseOrbits tables;
+    tables.file = "rough world precise orbits";
+    tables.version = 'd';
+    tables.interval = interval;
+    tables.coordinateSystem = "IGS20";
+    tables.agency = "RGHW";
+    const double offset = origin_.seconds;
+    const double first = std::floor((offset + startTime_ - kTableMargin) / interval) * interval;
+    const double last = std::ceil((offset + endTime_ + kTableMargin) / interval) * interval;
+    for (double seconds = first; seconds <= last; seconds += interval) {
+        tables.epochs.push_back(Normalised(origin_.week, seconds));
+    }
+    for (std::size_t s = 0; s < satellites_.size(); ++s) {
+        io::OrbitSeries series;
+        series.satellite = satellites_[s].id;
+        for (std::size_t e = 0; e < tables.epochs.size(); ++e) {
+            const double t = first - offset + static_cast<double>(e) * interval;
+            io::OrbitPoint point;
+            point.epoch = static_cast<std::uint32_t>(e);
+            const Vector3 position = AnyPositionAt(s, t);
+            for (std::size_t c = 0; c < 3; ++c) {
+                // Kilometres with six digits behind the point.
+                point.position[c] = std::round(position[c] * 1000.0) / 1e6 * 1000.0;
+            }
+            // Microseconds with six.
+            point.clock = std::round(bodies_[s].clock.At(t) * 1e12) / 1e6 * 1e-6;
+            series.points.push_back(point);
+        }
+        tables.satellites.push_back(std::move(series));
+    }
+    return tables;
+}
+
+}  // namespace vornel::rough
