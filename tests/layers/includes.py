@@ -26,6 +26,7 @@ FOLDERS = {
 
     "host/io": [],
     "host/session": ["io"],
+    "host/network": ["io", "session"],
     "host/report": ["io", "session"],
     "host/app": ["io", "session", "report"],
 }
