@@ -25,7 +25,16 @@ configure_file(${CMAKE_SOURCE_DIR}/cmake/VornelBlCore.pc.in ${CMAKE_BINARY_DIR}/
 install(FILES ${CMAKE_BINARY_DIR}/VornelBlCore.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 if(TARGET vornel)
-  install(TARGETS vornel RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  # The command with the run path of its installed place. CMake could also rewrite that of the built
+  # one, but would then make room for it with empty elements, which the loader takes for the current
+  # folder.
+  add_executable(vornel_to_install $<TARGET_OBJECTS:vornel>)
+  target_link_libraries(vornel_to_install PRIVATE vornel_host vornel_flags)
+  file(RELATIVE_PATH LIBDIR_FROM_BINDIR /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(vornel_to_install PROPERTIES OUTPUT_NAME vornel LINKER_LANGUAGE CXX
+    RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/to_install
+    BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN/${LIBDIR_FROM_BINDIR}")
+  install(TARGETS vornel_to_install RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   install(FILES ${CMAKE_SOURCE_DIR}/host/share/vornel.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   # bash looks completions up by the name of the command.
   install(FILES ${CMAKE_SOURCE_DIR}/host/share/vornel.bash
