@@ -1,5 +1,11 @@
 // From real ambiguities to integers: period by period, or, kept behind a flag, the whole session at
 // once.
+//
+// Of the run, FixAmbiguity
+//   reads   config (ratioThreshold), equationBlock; for the whole session also epochs (activeSats,
+//           phase, glonassChannel), periods, ambiguityParas, roverPosition, basePosition, antennas,
+//           resultManage (floatResults, fixedResults), config (reservedMode, galFreq1, galFreq2)
+//   writes  modelCache, for the whole session alone
 #include <algorithm>
 #include <cmath>
 #include <functional>

@@ -1,5 +1,13 @@
 // Double differences of one frequency block of one epoch: the observed minus computed values that
 // the float solution, the fixed solution and the integer search start from.
+//
+// Of the run, RowFinder
+//   reads   epochs (activeSats), ambiguityParas
+//   writes  nothing
+// Of the run, DoubleDifferencer
+//   reads   epochs (activeSats, phase, glonassChannel), roverPosition, basePosition, antennas,
+//           ambiguityParas, config (galFreq1, galFreq2)
+//   writes  modelCache
 #pragma once
 
 #include <optional>

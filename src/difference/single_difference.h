@@ -1,5 +1,12 @@
 // Computed rover-minus-base values of one satellite, with the antennas: what every stage sets
 // against the observed phase.
+//
+// Of the run, SingleDifferenceModel
+//   reads   config (galFreq1, galFreq2)
+//   writes  nothing
+// Of the run, Compute
+//   reads   epochs, basePosition, antennas
+//   writes  modelCache
 #pragma once
 
 #include "observation/carriers.h"

@@ -1,4 +1,11 @@
 // What the float and the fixed solution do alike round their normal equations.
+//
+// Of the run, DropUnusedBias
+//   reads   hasGlonass
+//   writes  hasGlonass
+// Of the run, CloseSolution
+//   reads   roverPosition, basePosition
+//   writes  roverPosition
 #pragma once
 
 #include "foundation/matrix.h"

@@ -1,6 +1,12 @@
 // The fixed solution: the rover position once more, with the ambiguities held at their integers.
 // Only the common parameters remain; each epoch's double differences get their full covariance, and
 // their residuals a second, median-based robust weight.
+//
+// Of the run, FixedSolveMulEq
+//   reads   epochs (epoch, activeSats, phase, glonassChannel), periods, ambiguityParas, config
+//           (phaseStd, outlierFactor, galFreq1, galFreq2), roverPosition, basePosition, antennas,
+//           hasGlonass, resultManage (model 6: fixedResults)
+//   writes  roverPosition, hasGlonass, resultManage (fixedResults), modelCache
 #include "estimation/fixed_solution.h"
 
 #include <algorithm>

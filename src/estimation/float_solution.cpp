@@ -5,6 +5,13 @@
 // One pass: reset -> index tables -> every epoch's rows into its period's normal equations ->
 // screening of the tracks -> constraints -> solve -> update of the parameters -> quality, which
 // scales the next pass.
+//
+// Of the run, FloatSolveMulEq
+//   reads   epochs (epoch, activeSats, phase, glonassChannel), periods, ambiguityParas, config
+//           (phaseStd, minEpochs, outlierFactor, galFreq1, galFreq2), roverPosition, basePosition,
+//           antennas, hasGlonass, resultManage (tripleDiff; model 6: fixedResults),
+//           reservedProcessFlag, priorBaseline, priorBaselineCov, periodFlag
+//   writes  roverPosition, hasGlonass, resultManage (floatResults), equationBlock, modelCache
 #include <algorithm>
 #include <cmath>
 #include <optional>

@@ -1,4 +1,9 @@
 // Which satellites take part in each epoch, and how the epochs fall into periods.
+//
+// Of the run, CutPeriods
+//   reads   epochs (epoch, satListF1, satListF2, satListDual), solveModel, config (periodLength,
+//           minEpochs), delSatList, trackList0, trackList1, trackList2
+//   writes  epochs (activeSats), periods
 #include <algorithm>
 
 #include "run/static_solve.h"

@@ -5,6 +5,11 @@
 // is a slip: repaired when it lies close to a whole number, else the satellite loses the epoch.
 // Each satellite's tolerance follows the scatter of its own changes, so the data are swept until
 // the tolerances settle.
+//
+// Of the run, RepairDoubleDifferenceSlips
+//   reads   epochs (activeSats, phase), periods, solveModel, config (minEpochs, outlierFactor,
+//           slipTestCap, galFreq1, galFreq2), roverPosition, basePosition, antennas, ambiguityParas
+//   writes  epochs (activeSats, phase), ambiguityParas, modelCache
 #include <algorithm>
 #include <cmath>
 

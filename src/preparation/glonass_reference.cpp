@@ -4,6 +4,11 @@
 // times the reference's ambiguity stays in it. Knowing that ambiguity to a few cycles makes the
 // term small: carrier-smoothed code (Hatch 1982) subtracted from the carrier gives it, arc by arc
 // of the reference.
+//
+// Of the run, AlignGlonassReference
+//   reads   epochs (phase, code, glonassChannel), periods, config (minEpochs, galFreq1, galFreq2),
+//           ambiguityParas
+//   writes  ambiguityParas
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

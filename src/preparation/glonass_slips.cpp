@@ -4,6 +4,11 @@
 // epoch-to-epoch change of a satellite's single-difference residual holds a term common to all
 // satellites; the majority's mean is taken for it, and a satellite that deviates has slipped by the
 // nearest whole number of cycles.
+//
+// Of the run, RepairGlonassSlips
+//   reads   epochs (activeSats, phase), periods, solveModel, config (minEpochs, galFreq1,
+//           galFreq2), roverPosition, basePosition, antennas, ambiguityParas
+//   writes  epochs (activeSats, phase), ambiguityParas, modelCache
 #include <algorithm>
 #include <cmath>
 

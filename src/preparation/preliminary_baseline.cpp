@@ -1,5 +1,10 @@
 // The preliminary baseline: a robust double-difference solution from the values of sdObserved, for
 // GPS, GLONASS and BDS. Its result constrains the triple-difference solution.
+//
+// Of the run, SolvePreliminaryBaseline
+//   reads   epochs (activeSats, sdObserved), periods, config (outlierFactor, codeStd, galFreq1,
+//           galFreq2), roverPosition, basePosition, antennas
+//   writes  priorBaseline, priorBaselineCov, roverPosition, modelCache
 #include <cmath>
 #include <exception>
 

@@ -1,4 +1,10 @@
 // The satellite of each system and period against which its double differences are formed.
+//
+// Of the run, SelectRefSats
+//   reads   epochs (activeSats, azelA, azelB), periods, config (useGps, useGlonass, useBds,
+//           useGalileo, minEpochs, samplingInterval)
+//   writes  epochs (activeSats), periods (refSatGps, refSatGlo, refSatBds, refSatGal)
+// Channels of GLONASS satellites come from the ephemerides of the process.
 #include <algorithm>
 #include <cmath>
 #include <cstdint>

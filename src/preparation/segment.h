@@ -1,4 +1,8 @@
 // An open ambiguity segment of a satellite, as the slip stages extend and close it.
+//
+// Of the run, RemoveFromEpochsBefore
+//   reads   epochs (activeSats)
+//   writes  epochs (activeSats)
 #pragma once
 
 #include <vector>

@@ -1,6 +1,12 @@
 // The triple-difference solution: double differences of phase, differenced between consecutive
 // epochs, so that no ambiguity remains and a slip shows up as one outlier, which the robust weight
 // takes out.
+//
+// Of the run, SolveTripleDifference
+//   reads   epochs (activeSats, phase), periods, solveModel, config (phaseStd, outlierFactor,
+//           galFreq1, galFreq2), roverPosition, basePosition, antennas, reservedProcessFlag,
+//           priorBaseline, priorBaselineCov
+//   writes  roverPosition, resultManage (tripleDiff), modelCache
 #include <cmath>
 #include <exception>
 

@@ -6,6 +6,25 @@
 //                  RepairGlonassSlips, RepairDoubleDifferenceSlips, AlignGlonassReference
 //   estimation/    FloatSolveMulEq, FixedSolveMulEq
 //   ambiguity/     FixAmbiguity and its strategies
+//
+// Each stage says at the head of its file what it reads of the run and what it writes; a test
+// (tests/layers/) holds the words to the code. "antennas" are l1PcoRover to trueHeightRover and
+// l1PcoBase to trueHeightBase.
+//
+// Of the run, SelectSolveMode
+//   reads   config (slvmode, shortBaselineLimit), roverPosition, basePosition, roverDualFreq,
+//           baseDualFreq
+//   writes  config (slvmode), solveModel, resultManage (solveModel)
+// Of the run, StaticSolve::Run, beside its stages,
+//   reads   solveModel, config (maxFixBaseline, ratioThreshold), roverPosition, basePosition,
+//           reservedProcessFlag, periods
+//   writes  status, periodValues
+// Of the run, PeriodOf
+//   reads   periods
+//   writes  nothing
+// Of the run, AntennaTerm
+//   reads   antennas
+//   writes  nothing
 #pragma once
 
 #include <vector>
