@@ -325,6 +325,10 @@ bool SecondFrequency(const Session& session) {
 bool MakesSense(const RunSpec& run, const Scene& scene, const Session& session) {
     const bool asksSystems = !run.systems.empty() || !run.without.empty();
     const std::string left = SystemsLeft(scene, run);
+    const double length = session::Length(scene.known.vector);
+    if (length < run.leastLength || length >= run.mostLength) {
+        return false;
+    }
     if (asksSystems && (left.empty() || left == scene.systems)) {
         return false;
     }

@@ -133,6 +133,8 @@ RunSpec ParseRun(const Json& json) {
     Fields fields(json, "runs");
     RunSpec run;
     run.label = fields.Need<std::string>("label");
+    fields.Take("leastLength", run.leastLength);
+    fields.Take("mostLength", run.mostLength);
     fields.Take("model", run.model);
     fields.Take("ratioThreshold", run.ratioThreshold);
     fields.Take("periodLength", run.periodLength);

@@ -59,6 +59,9 @@ struct CutRule {
 // absent stay as they are.
 struct RunSpec {
     std::string label;
+    // m: sessions whose vector is shorter or longer do without this run.
+    double leastLength = 0.0;
+    double mostLength = 1e9;
     // Read by the engine when the run starts.
     std::optional<int> model;                     // solve mode, 0 to 6
     std::optional<double> ratioThreshold;         //

@@ -165,7 +165,8 @@ TEST(TruthRuns, RunsThatWouldRepeatTheMainOneAreLeftOut) {
                        Runs(R"({"label": "main"}, {"label": "no_galileo", "without": "E"},
                 {"label": "no_gps", "without": "G"}, {"label": "model2", "model": 2},
                 {"label": "no_offsets", "antennas": false}, {"label": "s30", "interval": 30},
-                {"label": "s60", "interval": 60})")));
+                {"label": "s60", "interval": 60}, {"label": "long", "mask": 20, "leastLength": 10},
+                {"label": "short", "mask": 20, "mostLength": 1.5})")));
     ASSERT_EQ(table.size(), 2U);
     EXPECT_EQ(table.at("main").at("model"), "1");
     EXPECT_EQ(table.at("s60").at("epochs"), "10");
