@@ -129,6 +129,30 @@ CutRule ParseRule(const Json& json) {
     return rule;
 }
 
+Kind ParseKind(const Json& json) {
+    Fields fields(json, "kinds");
+    Kind kind;
+    kind.name = fields.Need<std::string>("name");
+    fields.Take("length", kind.length);
+    fields.Take("latitude", kind.latitude);
+    fields.Take("heightDifference", kind.heightDifference);
+    fields.Take("years", kind.years);
+    fields.Take("durations", kind.durations);
+    fields.Take("interval", kind.interval);
+    fields.Take("systems", kind.systems);
+    fields.Take("frequencies", kind.frequencies);
+    std::string orbits = NameOf(kind.orbits);
+    fields.Take("orbits", orbits);
+    kind.orbits = OrbitChoiceOf(orbits);
+    fields.Take("headerSigma", kind.headerSigma);
+    fields.Done();
+    if (kind.durations.empty() || kind.systems.empty() || !(kind.length[0] > 0.0) ||
+        kind.length[1] < kind.length[0]) {
+        throw PlanError("kinds: " + kind.name + ": durations, systems and lengths are needed");
+    }
+    return kind;
+}
+
 RunSpec ParseRun(const Json& json) {
     Fields fields(json, "runs");
     RunSpec run;
@@ -214,9 +238,10 @@ Plan ParsePlan(const std::string& text) {
     Fields fields(json, "plan");
     Plan plan;
     Json none = Json::array();
-    Json sets = none, cuts = none, runs = none;
+    Json sets = none, cuts = none, kinds = none, runs = none;
     fields.Take("sets", sets);
     fields.Take("cuts", cuts);
+    fields.Take("kinds", kinds);
     fields.Take("runs", runs);
     fields.Done();
     for (const Json& set : sets) {
@@ -224,6 +249,9 @@ Plan ParsePlan(const std::string& text) {
     }
     for (const Json& rule : cuts) {
         plan.cuts.push_back(ParseRule(rule));
+    }
+    for (const Json& kind : kinds) {
+        plan.kinds.push_back(ParseKind(kind));
     }
     for (const Json& run : runs) {
         plan.runs.push_back(ParseRun(run));

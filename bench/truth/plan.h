@@ -1,5 +1,5 @@
-// What is measured: data sets with known vectors, the ways of cutting sessions out of them, and the
-// engine runs made of each session. Read from a JSON file; README.md describes its fields.
+// What is measured: data sets with known vectors, the ways of cutting sessions out of them, kinds of
+// simulated sessions, and the engine runs made of each session. Read from a JSON file; README.md describes its fields.
 #pragma once
 
 #include <array>
@@ -55,6 +55,21 @@ struct CutRule {
     std::vector<double> headerOffsets = {0.0};  // m: header positions moved in a random direction
 };
 
+// A kind of simulated session. Each is drawn by chance within these bounds.
+struct Kind {
+    std::string name;
+    std::array<double, 2> length = {1.0, 1e4};     // m, the logarithm uniform
+    std::array<double, 2> latitude = {0.0, 65.0};  // degrees, on both hemispheres
+    double heightDifference = 300.0;               // m, most; 0.3 of the length on short vectors
+    std::array<int, 2> years = {2018, 2025};       // both inside
+    std::vector<double> durations = {3600.0};      // s
+    double interval = 30.0;                        // s
+    std::vector<std::string> systems = {"GREC"};
+    int frequencies = 2;
+    OrbitChoice orbits = OrbitChoice::kBroadcast;
+    double headerSigma = 1.0;  // m, of each horizontal component of the header positions
+};
+
 // One engine run on a session: what differs from the run that the command makes. Fields that are
 // absent stay as they are.
 struct RunSpec {
@@ -92,6 +107,7 @@ struct RunSpec {
 struct Plan {
     std::vector<DataSet> sets;
     std::vector<CutRule> cuts;
+    std::vector<Kind> kinds;
     std::vector<RunSpec> runs;
 };
 

@@ -11,6 +11,7 @@
 #include "engine_runs.h"
 #include "plan.h"
 #include "scene.h"
+#include "simulated.h"
 #include "workers.h"
 
 namespace {
@@ -25,6 +26,8 @@ struct Options {
     std::vector<std::string> sets;
     std::vector<std::string> runs;
     std::size_t every = 1;
+    std::uint64_t firstSeed = 1;
+    std::uint64_t seeds = 100;
     bool list = false;
 };
 
@@ -44,30 +47,58 @@ Plan ReadPlans(const Options& options) {
             Plan part = ParsePlan(ReadText(path));
             Append(plan.sets, part.sets);
             Append(plan.cuts, part.cuts);
+            Append(plan.kinds, part.kinds);
             Append(plan.runs, part.runs);
         } catch (const PlanError& error) {
             throw PlanError(path + ": " + error.what());
         }
     }
     std::erase_if(plan.sets, [&](const DataSet& set) { return !Among(options.sets, set.name); });
+    std::erase_if(plan.kinds, [&](const Kind& kind) { return !Among(options.sets, kind.name); });
     std::erase_if(plan.runs, [&](const RunSpec& run) { return !Among(options.runs, run.label); });
     return plan;
 }
 
+// All sessions of a plan: those cut out of the sets, then those of each kind and seed.
+class Sessions {
+  public:
+    Sessions(const Plan& plan, const Options& options) : plan_(plan), options_(options) {
+        for (const DataSet& set : plan.sets) {
+            sets_.push_back(Load(set, options.data));
+        }
+        cuts_ = AllCuts(plan.cuts, sets_);
+        const std::size_t all = cuts_.size() + plan.kinds.size() * options.seeds;
+        for (std::size_t i = 0; i < all; i += options.every) {
+            chosen_.push_back(i);
+        }
+    }
+
+    std::size_t Count() const { return chosen_.size(); }
+
+    Scene Make(std::size_t number) const {
+        const std::size_t i = chosen_[number];
+        if (i < cuts_.size()) {
+            return MakeScene(sets_[cuts_[i].set], cuts_[i]);
+        }
+        const std::size_t drawn = i - cuts_.size();
+        return SimulatedScene(plan_.kinds[drawn / options_.seeds],
+                              options_.firstSeed + drawn % options_.seeds);
+    }
+
+  private:
+    const Plan& plan_;
+    const Options& options_;
+    std::vector<LoadedSet> sets_;
+    std::vector<Cut> cuts_;
+    std::vector<std::size_t> chosen_;
+};
+
 int Measure(const Options& options) {
     const Plan plan = ReadPlans(options);
-    std::vector<LoadedSet> sets;
-    for (const DataSet& set : plan.sets) {
-        sets.push_back(Load(set, options.data));
-    }
-    std::vector<Cut> cuts;
-    const std::vector<Cut> all = AllCuts(plan.cuts, sets);
-    for (std::size_t i = 0; i < all.size(); i += options.every) {
-        cuts.push_back(all[i]);
-    }
+    const Sessions sessions(plan, options);
     if (options.list) {
-        for (const Cut& cut : cuts) {
-            std::printf("%s\n", MakeScene(sets[cut.set], cut).cut.c_str());
+        for (std::size_t i = 0; i < sessions.Count(); ++i) {
+            std::printf("%s\n", sessions.Make(i).cut.c_str());
         }
         return 0;
     }
@@ -80,15 +111,15 @@ int Measure(const Options& options) {
     std::size_t rows = 0;
     double told = 0.0;
     InProcesses(
-        cuts.size(), options.processes,
-        [&](std::size_t i) { return RunScene(MakeScene(sets[cuts[i].set], cuts[i]), plan.runs); },
+        sessions.Count(), options.processes,
+        [&](std::size_t i) { return RunScene(sessions.Make(i), plan.runs); },
         [&](std::size_t i, const std::string& text) {
             out << text;
             rows += static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
             if (seconds() - told > 10.0) {
                 told = seconds();
-                std::fprintf(stderr, "%zu of %zu sessions, %zu runs, %.0f s\n", i + 1, cuts.size(),
-                             rows, told);
+                std::fprintf(stderr, "%zu of %zu sessions, %zu runs, %.0f s\n", i + 1,
+                             sessions.Count(), rows, told);
             }
         });
     out.flush();
@@ -96,7 +127,8 @@ int Measure(const Options& options) {
         throw std::runtime_error(options.out + ": cannot be written");
     }
     std::fprintf(stderr, "%zu sessions, %zu runs in %.1f s: %.1f sessions and %.1f runs a second\n",
-                 cuts.size(), rows, seconds(), static_cast<double>(cuts.size()) / seconds(),
+                 sessions.Count(), rows, seconds(),
+                 static_cast<double>(sessions.Count()) / seconds(),
                  static_cast<double>(rows) / seconds());
     return 0;
 }
@@ -106,14 +138,19 @@ int Measure(const Options& options) {
 int main(int argc, char** argv) {
     CLI::App app("Solves sessions with known answers and writes one line of CSV per engine run.");
     Options options;
-    app.add_option("plans", options.plans, "JSON files with sets, cuts and runs")->required();
+    app.add_option("plans", options.plans, "JSON files with sets, cuts, kinds and runs")
+        ->required();
     app.add_option("--data", options.data, "folder of the data sets");
     app.add_option("--out", options.out, "CSV file that is written");
     app.add_option("-j,--processes", options.processes, "sessions at a time")
         ->check(CLI::Range(1, 64));
-    app.add_option("--sets", options.sets, "names of the sets that are used")->delimiter(',');
+    app.add_option("--sets", options.sets, "names of the sets and kinds that are used")
+        ->delimiter(',');
     app.add_option("--runs", options.runs, "labels of the runs that are made")->delimiter(',');
     app.add_option("--every", options.every, "every so manyth session only")
+        ->check(CLI::PositiveNumber);
+    app.add_option("--first-seed", options.firstSeed, "of the simulated sessions");
+    app.add_option("--seeds", options.seeds, "simulated sessions of each kind")
         ->check(CLI::PositiveNumber);
     app.add_flag("--list", options.list, "name the sessions and stop");
     CLI11_PARSE(app, argc, argv);

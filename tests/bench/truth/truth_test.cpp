@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include "row.h"
 #include "scene.h"
 #include "session/session.h"
+#include "simulated.h"
 #include "workers.h"
 
 namespace vornel::truth {
@@ -253,6 +255,38 @@ TEST(Cuts, MovedHeadersLieThatFarOff) {
     EXPECT_NEAR(off(plain.inputs.base, moved.inputs.base), 30.0, 1e-9);
     EXPECT_NEAR(off(plain.inputs.rover, moved.inputs.rover), 30.0, 1e-9);
     EXPECT_NE(plain.cut, moved.cut);
+}
+
+// ---- simulated sessions -------------------------------------------------------------------------
+
+TEST(SimulatedScenes, KeepToTheirKindAndFollowTheirSeed) {
+    const Kind kind = ParsePlan(R"({"kinds": [{"name": "here", "length": [1000, 2000],
+        "latitude": [40, 50], "durations": [600], "interval": 60, "systems": ["GE"],
+        "frequencies": 1, "orbits": "precise", "headerSigma": 30}]})")
+                          .kinds.front();
+    std::vector<Vector3> vectors;
+    double off = 0.0;
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        const Scene scene = SimulatedScene(kind, seed);
+        vectors.push_back(scene.known.vector);
+        EXPECT_NEAR(session::Length(scene.known.vector), 1500.0, 525.0);
+        const double latitude = session::ToGeodetic(*scene.known.base).latitude * 180.0 / M_PI;
+        EXPECT_NEAR(std::abs(latitude), 45.0, 5.0);
+        EXPECT_EQ(scene.inputs.base.epochs.size(), 10U);
+        EXPECT_EQ(SystemsOf(scene.inputs), "GE");
+        EXPECT_EQ(scene.inputs.orbits.size(), 1U);
+        EXPECT_EQ(scene.inputs.navigation.size(), 1U);
+        off += session::Length(session::Minus(*scene.inputs.base.station().approximatePosition,
+                                              *scene.known.base)) /
+               20.0;
+    }
+    // Of three components with 30, 30 and 45 m the mean length is about 57 m.
+    EXPECT_NEAR(off, 57.0, 20.0);
+    EXPECT_EQ(SimulatedScene(kind, 7).known.vector, vectors[6]);
+    EXPECT_EQ(SimulatedScene(kind, 7).inputs.rover.values,
+              SimulatedScene(kind, 7).inputs.rover.values);
+    std::sort(vectors.begin(), vectors.end());
+    EXPECT_EQ(std::unique(vectors.begin(), vectors.end()), vectors.end());
 }
 
 // ---- statistics ---------------------------------------------------------------------------------
