@@ -1,10 +1,11 @@
 /*
  * VornelBlCore: static GNSS baselines by carrier-phase double differencing.
  *
- * This header is the whole contract between the engine and a host. It is C99 and C++.
+ * This header is the whole contract between the engine and a host. It is valid C99 and C++.
  *
- * One run handles one baseline: two receivers, the base and the rover, that stood still at the same
- * time. The host hands over plain numbers, calls StartProcess, and reads the solutions.
+ * One run solves one baseline: two receivers, the base and the rover, that did not move while both
+ * observed. The host hands over plain numbers, calls StartProcess, and reads the solutions.
+ * docs/method.md describes how they are computed.
  *
  * Order of calls
  *   1. CreateBLProcess or CreateBLProcessWithTrace
@@ -13,44 +14,43 @@
  *   4. InputEpochObsData                           once for each common epoch, in time order
  *   5. MarkDelSatList, AddOneDelSat, CleanSatTrackList, AddOneSatTrackInfo   before StartProcess
  *   6. StartProcess
- *   7. the Get... queries, as often and in any order
- *   8. DiposeProcess                               (the name is spelt so)
- * Satellite positions and clocks, the elevation mask, the list of systems and the troposphere
- * model are applied when an epoch is handed over, and not worked out anew for the epochs that came
- * before. All else is read at StartProcess, and the list of systems once more. StartProcess may be
- * called again: it discards the earlier results and runs on all that has been handed over.
+ *   7. the Get... queries, in any order, any number of times
+ *   8. DiposeProcess                               (published under this spelling)
+ * InputEpochObsData applies the satellite positions and clocks, the elevation mask, the list of
+ * systems and the troposphere model. Changing them later has no effect on epochs already handed
+ * over. StartProcess reads everything else, and the list of systems again. StartProcess may be
+ * called again: it discards the earlier results and runs on all epochs handed over so far.
  *
  * Process-wide state. There is one process at a time. Ephemerides, ionosphere coefficients and the
- * surface weather outlive DiposeProcess and CreateBLProcess; they go when the library is unloaded.
- * A second baseline in one process therefore still sees the ephemerides of the first. The trace
- * outlives CreateBLProcess; DiposeProcess closes it.
+ * surface weather remain after DiposeProcess and CreateBLProcess, until the library is unloaded. A
+ * second baseline therefore still uses the ephemerides of the first. The trace remains open after
+ * CreateBLProcess; DiposeProcess closes it.
  *
- * Threads. The engine starts none and locks nothing but the trace's change of file: one call at a
- * time. StartProcess runs to its
- * end on the caller's thread.
+ * Threads. The engine starts no thread. Its one lock guards the trace's change of file, so the host
+ * makes one call at a time. StartProcess returns when the run has ended.
  *
- * Arguments are trusted. Nothing tests a pointer or that a process exists; the ranges below
- * are the host's duty. Where a bound is given, a value outside it gives a useless result at
- * best and no return at worst (the orbit iterations have no limit of their own). Every double is
- * finite. docs/limits.md tells what happens beyond the bounds.
+ * Arguments are trusted. No function checks a pointer, a range, or that a process exists: the host
+ * keeps to the ranges below. A value outside them gives a useless result at best, and a call that
+ * does not return at worst (the orbit iterations have no limit). Every double is finite.
+ * docs/limits.md describes what happens outside the ranges.
  *
- * Memory. Every pointer is to a variable or an array of the host, which owns it; it is read or
- * written during the call only. Arrays are dense, index 0 first.
+ * Memory. Every pointer points to a variable or an array that the host owns. The engine reads or
+ * writes it during the call only. Arrays are dense and begin at index 0.
  *
  * Return values. The 17 set-up and run functions return 1, or 0 when an exception (out of memory, a
- * matrix failure) ended the call; what the call had stored by then stays. The queries return a
- * count or 1, and 0 with nothing written when the thing asked for does not exist; they need a
- * solver object, so they are valid only after a StartProcess, not after one that returned 0 with
- * status 10, and an exception inside one reaches the host.
+ * matrix failure) ended the call; data stored before the exception remain. The queries return a
+ * count or 1; they return 0 and write nothing when the requested item does not exist. They need a
+ * solver object: call them only after StartProcess, and not after one that returned 0 with status
+ * 10. An exception inside a query reaches the host.
  *
  * Units: metres, seconds, radians, carrier cycles; GLONASS states in kilometres; residuals in whole
  * millimetres. Frame: earth-centred earth-fixed (ECEF), the frame of the ephemerides (WGS 84).
  *
- * Time: GPS week (not modulo 1024) and seconds of that week, in GPS time unless said otherwise.
- * All times lie between 1980 and 2100: weeks 0 to 6260, seconds 0 to below 604800. That holds for
- * times that are kept without effect, too.
+ * Time: GPS week (not modulo 1024) and seconds of that week, in GPS time unless noted otherwise.
+ * All times lie between 1980 and 2100: weeks 0 to 6260, seconds from 0 to below 604800. This also
+ * applies to times that have no effect.
  *
- * Satellites go by system code and number in the system, or by one number across the systems:
+ * A satellite is given by system code and number in the system, or by one number for all systems:
  *
  *   system    code   number in the system   number across the systems
  *   GPS         1        1 to 35                1 to 35
@@ -86,27 +86,27 @@ extern "C" {
 
 /* ---- process --------------------------------------------------------------------------------- */
 
-/* Starts over: deletes an earlier process with its epochs and results, and makes an empty one with
- * the default configuration. The trace, the ephemerides, the ionosphere and the surface
- * weather stay as they are. */
+/* Deletes an earlier process with its epochs and results, and creates an empty one with the default
+ * configuration. The trace, the ephemerides, the ionosphere coefficients and the surface weather
+ * remain. */
 VORNEL_API int CreateBLProcess(VORNEL_NO_ARGUMENTS);
 
 /* The same, with a trace log. An open trace is closed first.
  * tracePath   path of the log, overwritten if it exists; at most 1023 characters after expansion.
  *             Keywords are replaced by the time of opening (GPS time): %Y %y %m %d %h %M %S, %n day
  *             of year, %W GPS week, %D day of week, %H hour letter, %ha %hb %hc hour down to 3, 6,
- *             12 hours, %t minute down to 15; with such a keyword a new file is begun each day.
- *             An empty path, or one that can't be opened, logs to the standard error stream.
- * traceLevel  0 to 5; lines above it are left out. Lines of level 1 go to the standard error
- *             stream as well, with or without a trace. */
+ *             12 hours, %t minute down to 15. With a keyword, each day begins a new file. With an
+ *             empty path, or one that cannot be opened, the log goes to the standard error stream.
+ * traceLevel  0 to 5; lines of a higher level are not written. Lines of level 1 also go to the
+ *             standard error stream, with or without a trace. */
 VORNEL_API int CreateBLProcessWithTrace(const char* tracePath, int traceLevel);
 
-/* Deletes the process and its results and closes the trace. A create call must come before anything
- * else; without a process it only writes its line to the trace and closes that. */
+/* Deletes the process and its results and closes the trace. Afterwards the first call is a create
+ * call again. Without a process it only writes its line to the trace and closes the trace. */
 VORNEL_API int DiposeProcess(VORNEL_NO_ARGUMENTS);
 
-/* Runs the whole chain on what has been handed over.
- * status  out: where the run ended. 1 as the function's result only says that no exception escaped.
+/* Runs all stages on the data handed over.
+ * status  out: where the run ended. The result 1 only means that no exception left the run.
  *     10      no epochs, or no solver        11      no period
  *     12      (passing) periods cut          13      no reference satellite in any period
  *     14      (passing) references chosen    20      no triple-difference solution
@@ -119,10 +119,10 @@ VORNEL_API int DiposeProcess(VORNEL_NO_ARGUMENTS);
  *     model 4       34, 35                56, 57, 58                       74, 75
  *     model 5       30, 31                50, 51, 52                       70, 71
  *     model 6       32, 33                53, 54, 55                       72, 73   (after 71)
- * A run ends with a failed or a done number. 41 or 43 is final when the baseline is too long for a
- * single-frequency fix; 71 in model 6 when the wide lane's ratio did not pass. "done" says nothing
- * of the ratio: read it with GetFixedSolAmbListData. After an exception the last number reached is
- * given, and the function's result is 0. */
+ * A run ends with a "failed" or a "done" number. 41 and 43 are final when the baseline is too long
+ * for fixing one frequency; 71 is final in model 6 when the ratio of the wide lane did not pass.
+ * "done" does not depend on the ratio; GetFixedSolAmbListData returns it. After an exception status
+ * is the last number reached, and the function returns 0. */
 VORNEL_API int StartProcess(int* status);
 
 /* ---- configuration and stations: before the first epoch -------------------------------------- */
@@ -130,36 +130,38 @@ VORNEL_API int StartProcess(int* status);
 /* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both
  *                    as separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
  *                    then ionosphere-free. Automatic takes 1 on short baselines or when a receiver
- *                    has one frequency, else 6. Any value but 1 falls back on automatic when a
- *                    receiver has one frequency; otherwise one outside 0 to 6 has no combination,
- *                    and the run ends with status 40 at the latest.
+ *                    has one frequency, else 6. When a receiver has one frequency, any value but 1
+ *                    becomes automatic. A value outside 0 to 6 has no combination: the run ends
+ *                    with status 40 at the latest.
  * elevationMask      radians, 0 to pi/2 (default 0.2618)
  * samplingInterval   seconds between epochs, above 0 (30)
  * minEpochs          fewest epochs of a period and of a usable satellite arc, 1 or more (10)
- * shortBaselineLimit metres (10000): below it automatic takes model 1; cut to 6000 below 23.5
- *                    degrees of latitude and to 5000 below 20
- * maxFixBaseline     metres (30000): from here on models 1 and 2 end with the float solution
+ * shortBaselineLimit metres (10000): shorter baselines get model 1 in automatic mode; at most 6000
+ *                    below 23.5 degrees of latitude, 5000 below 20 degrees
+ * maxFixBaseline     metres (30000): on baselines of this length or longer, models 1 and 2 end with
+ *                    the float solution
  * ephemerisSource    0 broadcast, other: precise (InputOneSatPreEphValue)
  * systems            4 ints, GPS, GLONASS, BDS, Galileo: 1 on, 0 off
- * outlierFactor      a residual beyond this many standard deviations is an outlier, above 3 (3.5)
+ * outlierFactor      above 3 (3.5): residuals of more than this many standard deviations are
+ *                    outliers
  * slipTestCap        cycles: upper bound of the tolerance of the slip test (0.25)
  * ratioThreshold     acceptance ratio of ambiguity fixing (1.8)
- * reservedLimitA, reservedLimitB   kept, no effect (25, 10)
- * codeStd            metres (10); no effect on a run
+ * reservedLimitA, reservedLimitB   no effect (25, 10)
+ * codeStd            metres (10); no effect
  * phaseStd           cycles of GPS L1 (0.01)
- * periodLength       seconds: the session is cut into periods of at least this length (7200)
+ * periodLength       seconds (7200): the session is cut into periods of at least this length
  * tropoModel         0 modified Hopfield, 1 Saastamoinen (1), other: none. The fixed solution
  *                    always uses the MOPS model.
  * pressure, temperature, humidity
- *                    at the surface: hPa (1013.25), degrees Celsius (15), percent (50). Outside
- *                    500 to 2000, -50 to 100, 0 to 100 (bounds excluded) the values 1013.25, 18
- *                    and 50 are used; without this call, those too, or what the last call of
- *                    the process's life gave.
- * reservedMode       no effect on a run (1)
- * sessionStartWeek .. sessionEndSeconds   kept, no effect
+ *                    at height 0: hPa (1013.25), degrees Celsius (15), percent (50). Outside 500
+ *                    to 2000, -50 to 100, 0 to 100 (bounds excluded) the values 1013.25, 18 and
+ *                    50 are used. They are also used before the first call of this function since
+ *                    the library was loaded; later processes keep the values of the last call.
+ * reservedMode       no effect (1)
+ * sessionStartWeek .. sessionEndSeconds   no effect
  * galFreq1, galFreq2 Galileo signals: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. galFreq1 outside 1 to 5
  *                    becomes 1; galFreq2 outside 1 to 5, or equal to galFreq1 as passed, becomes
- *                    2. Two equal bands leave Galileo without a second frequency. */
+ *                    2. With two equal bands Galileo has no second frequency. */
 VORNEL_API int InputSolveConfig(int slvmode, double elevationMask, double samplingInterval,
                                 int minEpochs, double shortBaselineLimit, double maxFixBaseline,
                                 int ephemerisSource, int* systems, double outlierFactor,
@@ -171,12 +173,13 @@ VORNEL_API int InputSolveConfig(int slvmode, double elevationMask, double sampli
                                 int sessionEndWeek, double sessionEndSeconds, int galFreq1,
                                 int galFreq2);
 
-/* Approximate positions and antennas. Without this call both stations stand at the earth's centre.
- * xyzPosR, xyzPosB    3 doubles, ECEF metres of the marker of rover and base, approximate for the
- *                     rover (tens of metres do), exact for the base: the vector starts there.
+/* Positions and antennas. Without this call both stations are at the earth's centre.
+ * xyzPosR, xyzPosB    3 doubles each, ECEF metres: markers of rover and base. Approximate for the
+ *                     rover, within tens of metres; exact for the base, where the vector begins.
  *                     1,000 to 100,000 km from the earth's centre
- * l1PcoR .. l2PcoB    3 doubles each, metres: phase centre offset of the antenna on the first and
- *                     the second frequency from its reference point. Only the third, up, is used.
+ * l1PcoR .. l2PcoB    3 doubles each, metres: phase centre offset of the antenna from its reference
+ *                     point on the first and the second frequency. Only the third value, up, is
+ *                     used.
  * trueHgtR, trueHgtB  metres: vertical height of the antenna reference point above the marker */
 VORNEL_API int InputAntCorrData(double* xyzPosR, double* l1PcoR, double* l2PcoR, double trueHgtR,
                                 double* xyzPosB, double* l1PcoB, double* l2PcoB, double trueHgtB);
@@ -184,16 +187,17 @@ VORNEL_API int InputAntCorrData(double* xyzPosR, double* l1PcoR, double* l2PcoR,
 /* ---- ionosphere and ephemerides: before the first epoch -------------------------------------- */
 
 /* The 8 coefficients of the GPS broadcast ionosphere model: alpha 4 doubles in seconds and seconds
- * per semicircle to the powers 1 to 3, beta likewise. Without this call a fixed diurnal model
- * serves. Process-wide: once given, in force until the library is unloaded or another set comes. */
+ * per semicircle to the powers 1 to 3, beta likewise. Without this call a fixed diurnal model is
+ * used. Process-wide: the coefficients remain until the library is unloaded or others are given. */
 VORNEL_API int InputIonCorrData(double* alpha, double* beta);
 
-/* One broadcast ephemeris of GPS, BDS or Galileo. A record of the same satellite and reference time
- * is replaced. Only records with health 0 are used, at most 14400 s from toe.
+/* One broadcast ephemeris of GPS, BDS or Galileo. It replaces a record of the same satellite and
+ * reference time. Records with a health other than 0 are not used, nor any record more than 14400 s
+ * from its toe.
  *
- * Bounds: af0 within +-1 s, af1 +-1e-3 s/s, af2 +-1e-6 s/s^2; e 0 to 0.5; sqrtA 1000 to 10000 (root of metres); angles (i0,
- * omega0, omega, m0, cuc, cus, cic, cis) within +-7 rad; deltaN, omegaDot, idot within +-1e-3
- * rad/s. Beyond these the orbit iteration may never end.
+ * Bounds: af0 within +-1 s, af1 +-1e-3 s/s, af2 +-1e-6 s/s^2; e 0 to 0.5; sqrtA 1000 to 10000 (root
+ * of metres); angles (i0, omega0, omega, m0, cuc, cus, cic, cis) within +-7 rad; deltaN, omegaDot,
+ * idot within +-1e-3 rad/s. Outside these bounds the orbit iteration may not end.
  *
  * satId         number in the system, 1 to 35, 36, 32 (GPS, BDS, Galileo)
  * tocWeek, tocSeconds   clock reference time, seconds of the week
@@ -201,9 +205,9 @@ VORNEL_API int InputIonCorrData(double* alpha, double* beta);
  * sqrtA .. cis  orbit elements in radians and metres: root of the semi-major axis, eccentricity,
  *               inclination, node longitude at the week's start, argument of perigee, mean anomaly,
  *               mean motion difference, rates of node and inclination, harmonic corrections
- * iode, iodc    issues of data; kept
+ * iode, iodc    issues of data; no effect
  * toe, toeWeek  reference time of the orbit: seconds of the week, and the week
- * transmitTime, l2Codes, accuracy, l2PFlag, tgd, fitInterval   kept, no effect (tgd in seconds)
+ * transmitTime, l2Codes, accuracy, l2PFlag, tgd, fitInterval   no effect (tgd in seconds)
  * health        0 when usable
  *
  * Time scale and week: GPS in GPS time. Galileo in Galileo system time, taken as GPS time, weeks
@@ -217,7 +221,7 @@ VORNEL_API int InputOneSatNavGPS(int satId, int tocWeek, double tocSeconds, doub
                                  int toeWeek, double transmitTime, int l2Codes, int health,
                                  double accuracy, int l2PFlag, double tgd, int fitInterval);
 
-/* BDS: as GPS, with a second group delay. Satellites 1 to 5 are taken as geostationary. */
+/* BDS: as GPS, with a second group delay. Satellites 1 to 5 are treated as geostationary. */
 VORNEL_API int InputOneSatNavBDS(int satId, int tocWeek, double tocSeconds, double af0, double af1,
                                  double af2, double sqrtA, double e, double i0, double omega0,
                                  double omega, double m0, double deltaN, double omegaDot,
@@ -237,22 +241,22 @@ VORNEL_API int InputOneSatNavGAL(int satId, int tocWeek, double tocSeconds, doub
                                  double accuracy, int l2PFlag, double tgd, double tgd2,
                                  int fitInterval);
 
-/* One GLONASS broadcast ephemeris. A record of the same slot and reference time is replaced. Used
- * at most 14400 s from the reference time; health is not tested, so the host leaves out what is
- * unusable.
+/* One GLONASS broadcast ephemeris. It replaces a record of the same slot and reference time. It is
+ * used up to 14400 s from its reference time. Health is not tested: the host leaves out unhealthy
+ * records.
  *
  * slot          1 to 32
  * week, seconds reference time as UTC date and time of day, counted in weeks and seconds from the
  *               GPS origin, so that GPS time - (week, seconds) - leapSeconds is the time since the
- *               reference. 2000-01-01 00:00:00 (week 1042, 518400.0 s) means "no date": tbSeconds
- *               then serves
+ *               reference. 2000-01-01 00:00:00 (week 1042, 518400.0 s) means "no date", and
+ *               tbSeconds is used
  * tbSeconds     reference time, seconds of the day
  * clockBias     s, satellite clock minus system time (-tauN, as RINEX files hold it), within +-1
  * clockDrift    s/s, of the same sign, within +-1e-3
  * x .. az       state in the earth-fixed frame: km, km/s, km/s^2 (acceleration of moon and sun);
  *               15,000 to 40,000 km from the centre
  * channel       frequency channel, -7 to 13
- * health, age, spare1, spare2   kept, no effect
+ * health, age, spare1, spare2   no effect
  * leapSeconds   GPS time minus UTC on the day of the reference time, 0 to 100 */
 VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spare2,
                                  double tbSeconds, double spare1, double clockBias,
@@ -261,15 +265,15 @@ VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spar
                                  int channel, int age, int leapSeconds);
 
 /* Tabulated precise values of one component of one satellite.
- * component  0 X, 1 Y, 2 Z (metres, ECEF), 3 clock (seconds); any other stores nothing
- * system, prn   code and number; an invalid pair stores nothing
- * count      entries of the three arrays; below 1 stores nothing
- * weeks, seconds   GPS time, ascending, also over several calls
+ * component  0 X, 1 Y, 2 Z (metres, ECEF), 3 clock (seconds); with any other nothing is stored
+ * system, prn   code and number; with an invalid pair nothing is stored
+ * count      entries of each of the three arrays; below 1 nothing is stored
+ * weeks, seconds   GPS time, ascending, also from call to call
  * values     0.999999999999 for a missing value; else positions within +-1e8, clocks within +-1.
- *            Where no value is missing, the steps from entry to entry differ by no more than half
- *            of the shorter one: an entry of missing values parts what lies further apart
- * A position is interpolated between 11 entries, five before and six from the first entry after the
- * time on; nearer to the ends of the table than that the satellite has no orbit. */
+ *            Two neighbouring steps between entries differ by at most half of the shorter one; put
+ *            an entry of missing values into a longer gap
+ * A position is interpolated from 11 entries: five up to the time, and six after it. Closer to an
+ * end of the table the satellite has no orbit. */
 VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int count, int* weeks,
                                       double* seconds, double* values);
 
@@ -277,14 +281,13 @@ VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int co
 
 /* One common epoch, rover then base, in time order.
  * week.., seconds..   time tag of each receiver, GPS time; the two at most 0.1 s apart
- * satNumbers..        64 ints: number across the systems; any value outside 1 to 135 for an empty
- *                     slot
+ * satNumbers..        64 ints: satellite number, 1 to 135; any other value marks an empty slot
  * p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on the
  *                     first and the second signal; 0.0 where missing
  * Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I (1561.098 MHz) and 1207.14 MHz; Galileo by galFreq1,
- * galFreq2. Code values lie between 1e6 and 1e9 m, phases within +-1e12 cycles. The epoch of the difference is the mean of the
- * two seconds of the week, rounded to a whole second, with the week of the base: both tags lie in
- * one week. */
+ * galFreq2. Codes lie between 1e6 and 1e9 m, phases within +-1e12 cycles. A phase without its code
+ * is not used. The epoch of the difference is the mean of the two seconds of the week, rounded to a
+ * whole second, in the week of the base: both tags lie in the same week. */
 VORNEL_API int InputEpochObsData(int weekR, double secondsR, int* satNumbersR, double* p1R,
                                  double* p2R, double* l1R, double* l2R, int weekB, double secondsB,
                                  int* satNumbersB, double* p1B, double* p2B, double* l1B,
@@ -292,23 +295,22 @@ VORNEL_API int InputEpochObsData(int weekR, double secondsR, int* satNumbersR, d
 
 /* ---- leaving satellites out: any time before StartProcess ------------------------------------ */
 
-/* Replaces the list of satellites to ignore by count pairs; a count below 1 empties it. */
+/* Replaces the list of satellites to leave out by count pairs; a count below 1 empties the list. */
 VORNEL_API int MarkDelSatList(int count, int* systems, int* prns);
 
-/* Adds one satellite to that list, unless it stands there. */
+/* Adds a satellite to that list, unless the list has it. */
 VORNEL_API int AddOneDelSat(int system, int prn);
 
 /* Empties the three track lists. */
 VORNEL_API int CleanSatTrackList(VORNEL_NO_ARGUMENTS);
 
-/* Adds a track: spans of time in which a satellite is left out. The three lists mean the same.
- * Adding a satellite to a list that holds it removes its entry and every entry added after that
- * one.
- * listIndex  0 to 2, any other stores nothing
- * system, prn   an invalid pair stores nothing
+/* Adds a track: spans of time in which a satellite is left out. All three lists have this meaning.
+ * If the list has the satellite, its entry and every entry added after it are removed first.
+ * listIndex  0 to 2; with any other nothing is stored
+ * system, prn   with an invalid pair nothing is stored
  * isActive   other than 0: the satellite is left out at every epoch
- * startWeek .. endSeconds, value   kept, no effect
- * gapCount   entries of the four arrays, below 1: none; both ends of a gap count as inside */
+ * startWeek .. endSeconds, value   no effect
+ * gapCount   entries of each of the four arrays; below 1: none. Both ends belong to the gap */
 VORNEL_API int AddOneSatTrackInfo(int listIndex, int system, int prn, int isActive, int startWeek,
                                   double startSeconds, int endWeek, double endSeconds, double value,
                                   int gapCount, int* gapStartWeeks, double* gapStartSeconds,
@@ -318,7 +320,7 @@ VORNEL_API int AddOneSatTrackInfo(int listIndex, int system, int prn, int isActi
 
 /* solveModel  out: the solve model that the run took
  * flagA .. code, value0 .. value9   out: reserved; false, 2 and 0.0
- * unusedA, unusedB   not touched, may be null */
+ * unusedA, unusedB   not used, may be null */
 VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flagB, bool* flagC,
                                         int* code, void* unusedA, void* unusedB, double* value0,
                                         double* value1, double* value2, double* value3,
@@ -329,15 +331,14 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
  * mode               solve model (triple difference: 1, 2, or 3 for any other); 0: nothing filed
  * dX, dY, dZ         baseline vector, rover minus base, ECEF metres
  * length             metres
- * horizontalDistance the same, but 0 in the triple difference
- * heightDifference   0.0 always
+ * horizontalDistance the same value as length; 0 in the triple difference
+ * heightDifference   always 0.0
  * dof                degrees of freedom
- * varianceFactor     squared ratio of the standard deviation of unit weight found to the one
- *                    assumed
- * xyz00 .. xyz22     covariance of the vector, m^2, by rows
+ * varianceFactor     squared ratio of the standard deviations of unit weight, estimated to assumed
+ * xyz00 .. xyz22     covariance of the vector, m^2, by rows; formal, as are all qualities below
  * neu00 .. neu22     the same in north, east, up at the rover
  * sigma3             root of the trace of the covariance, metres
- * sigmaLength        standard deviation of the length, metres
+ * sigmaLength        standard deviation of the length, metres, from the variances alone
  * relativeAccuracy   sigma3 / length, parts per million
  * rms                of the residuals, metres */
 #define VORNEL_BASE_DATA_BLOCK                                                                    \
@@ -353,7 +354,7 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
  * firstEpochs, lastEpochs       indices of the first and last epoch handed over, from 0, inclusive
  * firstWeeks .. lastSeconds     their times
  * rms1, rms2                    of the residuals, metres, in the first and (model 3) second
- *                               frequency block; -99.99 in a fixed solution for a track with no
+ *                               frequency block; -99.99 in a fixed solution for a track without
  *                               rows
  * rows1, rows2                  rows used
  * rejected1, rejected2          rows rejected as outliers
@@ -364,11 +365,11 @@ VORNEL_API void GetSolveResultsBaseData(int* solveModel, bool* flagA, bool* flag
         double *firstSeconds, int *lastWeeks, double *lastSeconds, double *rms1, double *rms2, \
         int *rows1, int *rows2, int *rejected1, int *rejected2, double *values1, double *values2
 
-/* The triple-difference solution; zeros and 1 as the result when there is none. */
+/* The triple-difference solution. Without one all outputs are zero; the result is 1 in any case. */
 VORNEL_API int GetTripDiffSol(VORNEL_BASE_DATA_BLOCK);
 
-/* Solutions by position: index from 0, in the order in which they were filed. An index outside the
- * list gives 0 and writes nothing. */
+/* Solutions by index, from 0, in the order in which the run stored them. An index outside the list
+ * returns 0 and writes nothing. */
 VORNEL_API int GetFloatSolNum(VORNEL_NO_ARGUMENTS);
 VORNEL_API int GetFixedSolNum(VORNEL_NO_ARGUMENTS);
 
@@ -384,12 +385,13 @@ VORNEL_API int GetFixedSolSatNum(int index);
 VORNEL_API int GetFloatSolSatList(int index, int maxCount, int* systems, int* prns);
 VORNEL_API int GetFixedSolSatList(int index, int maxCount, int* systems, int* prns);
 
-/* Number of residuals of a satellite. kind 0 first frequency block, 1 second (model 3); else 0. */
+/* Number of residuals of a satellite. kind 0: first frequency block, 1: second (model 3); 0 for any
+ * other kind. */
 VORNEL_API int GetFloatSolResListSize(int index, int system, int prn, int kind);
 VORNEL_API int GetFixedSolResListSize(int index, int system, int prn, int kind);
 
-/* weeks, seconds, valuesMm: out, time and double-difference residual in millimetres cut toward
- * zero, at most maxCount; returns how many were written. */
+/* weeks, seconds, valuesMm: out, time and double-difference residual, truncated to whole
+ * millimetres, at most maxCount; returns how many were written. */
 VORNEL_API int GetFloatSolResList(int index, int system, int prn, int kind, int maxCount,
                                   int* weeks, double* seconds, int* valuesMm);
 VORNEL_API int GetFixedSolResList(int index, int system, int prn, int kind, int maxCount,
@@ -398,24 +400,24 @@ VORNEL_API int GetFixedSolResList(int index, int system, int prn, int kind, int 
 VORNEL_API int GetFloatSolBaseData(int index, VORNEL_BASE_DATA_BLOCK);
 VORNEL_API int GetFixedSolBaseData(int index, VORNEL_BASE_DATA_BLOCK);
 
-/* Number of ambiguities; in model 3 one stands for both frequencies of a track. */
+/* Number of ambiguities; in model 3 one entry holds both frequencies of a track. */
 VORNEL_API int GetFloatSolAmbNum(int index);
 VORNEL_API int GetFixedSolAmbNum(int index);
 
 /* At most maxCount ambiguities; returns how many were written.
- * ratio  out: acceptance ratio of the fixing, 1 to 99, written also when there are no ambiguities
- */
+ * ratio  out: acceptance ratio of the fixing, 1 to 99; also written when maxCount is 0 or when there
+ *        are no ambiguities */
 VORNEL_API int GetFloatSolAmbListData(int index, int maxCount, VORNEL_AMBIGUITY_ARRAYS);
 VORNEL_API int GetFixedSolAmbListData(int index, int maxCount, double* ratio,
                                       VORNEL_AMBIGUITY_ARRAYS);
 
-/* variances: out, maxCount doubles set to 0.0, then the variances of the float ambiguities in
- * cycles squared, in list order (model 3: twice as many, in an order of their own); returns how
- * many were written. */
+/* variances: out, maxCount doubles. The first ones become the variances of the float ambiguities,
+ * cycles squared, in list order, the others 0.0. In model 3 there are twice as many, in another
+ * order. Returns the number of variances written. */
 VORNEL_API int GetFloatAmbCov(int index, int maxCount, double* variances);
 
-/* The same by solve model, 1 to 6: the first solution of that model; none gives 0, nothing written.
- */
+/* The same by solve model, 1 to 6: the first solution of that model. Without one the result is 0,
+ * and nothing is written. */
 VORNEL_API int GetModeFloatSolSatNum(int mode);
 VORNEL_API int GetModeFixedSolSatNum(int mode);
 VORNEL_API int GetModeFixedSolSatList(int mode, int maxCount, int* systems, int* prns);
