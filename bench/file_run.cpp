@@ -8,8 +8,11 @@
 #include "measure.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "session/session.h"
-#include "session/solve_result.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/preparation.h"
+#include "solve/preparation.h"
+#include "solve/solve_result.h"
 
 int main(int argc, char** argv) {
     if (argc < 3) {
@@ -25,18 +28,18 @@ int main(int argc, char** argv) {
     session::ConfiguredSettings settings;
 
     const double start = bench::ProcessorSeconds();
-    session::Inputs inputs = session::ReadInputs(paths, session::SelectionFor(settings.values));
+    session::Inputs inputs = session::ReadInputs(paths, solve::SelectionFor(settings.values));
     const double read = bench::ProcessorSeconds();
-    session::SolveResult result;
-    result.session = session::PrepareSession(std::move(inputs), std::move(settings));
+    solve::SolveResult result;
+    result.session = solve::PrepareSession(std::move(inputs), std::move(settings));
     double handedOver = 0.0;
     {
-        session::Engine engine;
-        result.fed = session::Feed(result.session, engine, {});
+        engine::Engine engine;
+        result.fed = solve::Feed(result.session, engine, {});
         result.session.inputs.rover.ForgetSatellites();
         result.session.inputs.base.ForgetSatellites();
         handedOver = bench::ProcessorSeconds();
-        result.outcome = session::Run(result.session, engine);
+        result.outcome = solve::Run(result.session, engine);
     }
     const double done = bench::ProcessorSeconds();
     const std::string text = report::TextReport(result);

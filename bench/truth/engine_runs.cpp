@@ -12,20 +12,21 @@
 #include <utility>
 
 #include "../measure.h"
+#include "engine/status.h"
 #include "residual_statistics.h"
 #include "row.h"
 #include "session/fault.h"
 #include "session/session.h"
-#include "session/status.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/preparation.h"
 
 namespace vornel::truth {
 namespace {
 
-using session::EngineSatellite;
-using session::EngineSystem;
+using engine::Solution;
 using session::Geodetic;
 using session::Session;
-using session::Solution;
 
 constexpr double kDegree = M_PI / 180.0;
 constexpr int kWideLane = 5;
@@ -138,25 +139,25 @@ void PutSolution(Row& row, const Context& c, const std::string& prefix, const So
     row.Whole(name("_amb").c_str(), filed ? static_cast<long long>(s->ambiguities.size()) : 0);
 }
 
-std::set<EngineSatellite> SatellitesOf(const Solution& solution) {
-    std::set<EngineSatellite> satellites;
-    for (const session::ResidualSeries& series : solution.residuals) {
+std::set<engine::Satellite> SatellitesOf(const Solution& solution) {
+    std::set<engine::Satellite> satellites;
+    for (const engine::ResidualSeries& series : solution.residuals) {
         if (!series.points.empty()) {
-            satellites.insert({static_cast<EngineSystem>(series.system), series.prn});
+            satellites.insert({static_cast<engine::System>(series.system), series.prn});
         }
     }
     return satellites;
 }
 
 // "G5R4E6": of each system how many.
-std::string CountBySystem(const std::set<EngineSatellite>& satellites) {
-    std::map<EngineSystem, int> counts;
-    for (const EngineSatellite& satellite : satellites) {
+std::string CountBySystem(const std::set<engine::Satellite>& satellites) {
+    std::map<engine::System, int> counts;
+    for (const engine::Satellite& satellite : satellites) {
         ++counts[satellite.system];
     }
     std::string text;
     for (const auto& [system, count] : counts) {
-        text += session::LetterOf(system) + std::to_string(count);
+        text += engine::LetterOf(system) + std::to_string(count);
     }
     return text;
 }
@@ -187,7 +188,7 @@ std::vector<int> PeriodEnds(const std::vector<io::GpsTime>& times, double length
 
 int PeriodsWithIntegers(const Solution& solution, const std::vector<int>& ends) {
     std::set<std::ptrdiff_t> periods;
-    for (const session::Ambiguity& ambiguity : solution.ambiguities) {
+    for (const engine::Ambiguity& ambiguity : solution.ambiguities) {
         periods.insert(std::lower_bound(ends.begin(), ends.end(), ambiguity.lastEpoch) -
                        ends.begin());
     }
@@ -216,7 +217,7 @@ void PutStatistics(Row& row, const ResidualStatistics& r) {
 
 // What one engine was handed.
 struct Fed {
-    session::FeedSummary summary;
+    solve::FeedSummary summary;
     SkyOfSession sky;
     int group = 0;
     double seconds = 0.0;  // processor time
@@ -231,7 +232,7 @@ struct Fed {
     double ShareAbove(double elevation) const {
         double above = 0.0, all = 0.0;
         for (const auto& [satellite, points] : sky.tracks) {
-            for (const session::SkyPoint& point : points) {
+            for (const solve::SkyPoint& point : points) {
                 above += point.elevation >= elevation ? 1.0 : 0.0;
                 all += 1.0;
             }
@@ -241,7 +242,7 @@ struct Fed {
 };
 
 struct Ran {
-    session::RunOutcome outcome;
+    solve::RunOutcome outcome;
     double seconds = 0.0;  // processor time
 };
 
@@ -258,14 +259,15 @@ const Solution* OfMode(const std::vector<Solution>& list, int mode) {
 // All columns of one run. `with` is the session as this run saw it.
 Row MakeRow(const Context& c, const std::string& label, const std::string& fault,
             const Session& with, const Fed& fed, const Ran& ran) {
-    const session::RunOutcome& outcome = ran.outcome;
-    const session::EngineResults& results = outcome.results;
+    const solve::RunOutcome& outcome = ran.outcome;
+    const engine::Results& results = outcome.results;
     const Solution* answer = outcome.Best();
     const Solution* fixed = LastOrNull(results.fixeds);
     const Solution* wideLane = OfMode(results.fixeds, kWideLane);
     const std::vector<int> ends =
         PeriodEnds(fed.summary.times, with.config.periodLength, with.config.minEpochs);
-    const auto satellites = answer != nullptr ? SatellitesOf(*answer) : std::set<EngineSatellite>{};
+    const auto satellites =
+        answer != nullptr ? SatellitesOf(*answer) : std::set<engine::Satellite>{};
     const double mask = with.config.elevationMask;
 
     Row row;
@@ -282,7 +284,7 @@ Row MakeRow(const Context& c, const std::string& label, const std::string& fault
     row.Whole("completed", outcome.completed ? 1 : 0);
     row.Whole("status", results.status);
     row.Whole("model", results.solveModel);
-    row.Text("acceptance", fault.empty() ? session::AcceptanceName(outcome.acceptance) : "");
+    row.Text("acceptance", fault.empty() ? solve::AcceptanceName(outcome.acceptance) : "");
     row.Real("threshold", with.config.ratioThreshold);
     row.Real("ratio", fixed != nullptr ? fixed->ratio : kUnknown, 4);
     row.Real("ratio_wl", wideLane != nullptr ? wideLane->ratio : kUnknown, 4);
@@ -391,8 +393,8 @@ void PrepareFeed(Session& session, const RunSpec& run, const Scene& scene) {
     }
 }
 
-session::EngineConfig ConfigOf(const Session& session, const RunSpec& run, const Scene& scene) {
-    session::EngineConfig config = session.config;
+engine::Config ConfigOf(const Session& session, const RunSpec& run, const Scene& scene) {
+    engine::Config config = session.config;
     config.slvmode = run.model.value_or(config.slvmode);
     config.ratioThreshold = run.ratioThreshold.value_or(config.ratioThreshold);
     config.periodLength = run.periodLength.value_or(config.periodLength);
@@ -402,18 +404,18 @@ session::EngineConfig ConfigOf(const Session& session, const RunSpec& run, const
     config.minEpochs = run.minEpochs.value_or(config.minEpochs);
     config.maxFixBaseline = run.maxFixBaseline.value_or(config.maxFixBaseline);
     const std::string left = SystemsLeft(scene, run);
-    for (const EngineSystem system : session::kEngineSystems) {
-        if (left.find(session::LetterOf(system)) == std::string::npos) {
-            config.systems[session::IndexOf(system)] = 0;
+    for (const engine::System system : engine::kSystems) {
+        if (left.find(engine::LetterOf(system)) == std::string::npos) {
+            config.systems[engine::IndexOf(system)] = 0;
         }
     }
     return config;
 }
 
 // The stretches of time outside the shares that are kept.
-std::vector<session::EngineSpan> SpansLeftOut(const std::vector<std::pair<double, double>>& keep,
-                                              const std::vector<io::GpsTime>& times) {
-    std::vector<session::EngineSpan> spans;
+std::vector<engine::Span> SpansLeftOut(const std::vector<std::pair<double, double>>& keep,
+                                       const std::vector<io::GpsTime>& times) {
+    std::vector<engine::Span> spans;
     const auto count = static_cast<double>(times.size());
     std::size_t begin = times.size();  // of the stretch that is open
     for (std::size_t i = 0; i <= times.size(); ++i) {
@@ -434,15 +436,15 @@ std::vector<session::EngineSpan> SpansLeftOut(const std::vector<std::pair<double
 }
 
 // Replaces what the engine leaves out.
-void LeaveOut(session::Engine& engine, const Session& session, const RunSpec& run,
-              const session::FeedSummary& fed) {
+void LeaveOut(engine::Engine& engine, const Session& session, const RunSpec& run,
+              const solve::FeedSummary& fed) {
     ::CleanSatTrackList();
-    std::set<EngineSatellite> whole;
+    std::set<engine::Satellite> whole;
     for (const auto& [satellite, reason] : session.leftOut.unknownChannel) {
         whole.insert(satellite);
     }
     const auto spans =
-        run.keep.empty() ? std::vector<session::EngineSpan>{} : SpansLeftOut(run.keep, fed.times);
+        run.keep.empty() ? std::vector<engine::Span>{} : SpansLeftOut(run.keep, fed.times);
     for (const auto& [satellite, epochs] : fed.common) {
         if (run.everyNth > 0 && satellite.prn % run.everyNth == run.nthRest) {
             whole.insert(satellite);
@@ -460,14 +462,14 @@ void RunGroup(const Context& c, const std::vector<const RunSpec*>& group, int nu
     if (session.pairs.empty()) {
         return;
     }
-    session::Engine engine;
+    engine::Engine engine;
     Fed fed;
     fed.group = number;
     const double start = bench::ProcessorSeconds();
-    fed.summary = session::Feed(session, engine, {});
+    fed.summary = solve::Feed(session, engine, {});
     fed.seconds = bench::ProcessorSeconds() - start;
-    fed.sky = {session::SkyTracks(session, fed.summary, kSkyStep), fed.summary.times};
-    const session::EngineConfig plain = session.config;
+    fed.sky = {solve::SkyTracks(session, fed.summary, kSkyStep), fed.summary.times};
+    const engine::Config plain = session.config;
     std::optional<int> plainModel;
     for (const RunSpec* run : group) {
         if (run->model && run->model == plainModel && run->keep.empty() && run->everyNth == 0 &&
@@ -480,7 +482,7 @@ void RunGroup(const Context& c, const std::vector<const RunSpec*>& group, int nu
         LeaveOut(engine, session, *run, fed.summary);
         Ran ran;
         const double before = bench::ProcessorSeconds();
-        ran.outcome = session::Run(session, engine);
+        ran.outcome = solve::Run(session, engine);
         ran.seconds = bench::ProcessorSeconds() - before;
         if (!run->model && !plainModel) {
             plainModel = ran.outcome.results.solveModel;
@@ -569,7 +571,7 @@ std::string RunScene(const Scene& scene, const std::vector<RunSpec>& runs) {
         if (scene.orbits == OrbitChoice::kBroadcast) {
             settings.values.ephemerisSource = session::EphemerisChoice::kBroadcast;
         }
-        session = session::PrepareSession(scene.inputs, std::move(settings));
+        session = solve::PrepareSession(scene.inputs, std::move(settings));
     } catch (const session::SessionFault& fault) {
         const Session none;
         return FaultRow({scene, none, placeOf(none)}, "refused", fault.what());

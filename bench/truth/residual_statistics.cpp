@@ -10,9 +10,9 @@ namespace {
 // Residuals of one satellite by epoch number; not-a-number where it has none.
 using Series = std::vector<double>;
 
-Series OnGrid(const session::ResidualSeries& series, const io::GpsTime& first, double interval) {
+Series OnGrid(const engine::ResidualSeries& series, const io::GpsTime& first, double interval) {
     Series grid;
-    for (const session::ResidualPoint& point : series.points) {
+    for (const engine::ResidualPoint& point : series.points) {
         const double after = io::SecondsBetween(first, {point.week, point.seconds});
         const auto index = static_cast<std::size_t>(std::max(0.0, std::round(after / interval)));
         if (index >= grid.size()) {
@@ -60,14 +60,13 @@ double CorrelationTime(const std::vector<Series>& all, double interval) {
 }
 
 // rad, between the points of a track; nothing outside it.
-std::optional<double> ElevationAt(const std::vector<session::SkyPoint>& track,
+std::optional<double> ElevationAt(const std::vector<solve::SkyPoint>& track,
                                   const std::vector<io::GpsTime>& times, const io::GpsTime& time) {
     constexpr double kNear = 600.0;  // s beyond an end, or within a gap
-    const auto after = std::lower_bound(track.begin(), track.end(), time,
-                                        [&](const session::SkyPoint& point, const io::GpsTime& t) {
-                                            return times[point.epoch] < t;
-                                        });
-    const auto secondsTo = [&](const session::SkyPoint& point) {
+    const auto after = std::lower_bound(
+        track.begin(), track.end(), time,
+        [&](const solve::SkyPoint& point, const io::GpsTime& t) { return times[point.epoch] < t; });
+    const auto secondsTo = [&](const solve::SkyPoint& point) {
         return io::SecondsBetween(time, times[point.epoch]);
     };
     if (after == track.end()) {
@@ -78,7 +77,7 @@ std::optional<double> ElevationAt(const std::vector<session::SkyPoint>& track,
     if (after == track.begin()) {
         return secondsTo(*after) <= kNear ? std::optional(after->elevation) : std::nullopt;
     }
-    const session::SkyPoint &left = *(after - 1), &right = *after;
+    const solve::SkyPoint &left = *(after - 1), &right = *after;
     const double toLeft = -secondsTo(left), toRight = secondsTo(right);
     return (left.elevation * toRight + right.elevation * toLeft) / (toLeft + toRight);
 }
@@ -99,15 +98,15 @@ class RootMeanSquare {
     std::size_t count_ = 0;
 };
 
-void FindWorstMean(const session::Solution& solution, double interval, ResidualStatistics& result) {
+void FindWorstMean(const engine::Solution& solution, double interval, ResidualStatistics& result) {
     constexpr std::size_t kFewest = 10;
     double worst = -1.0;
-    for (const session::ResidualSeries& series : solution.residuals) {
+    for (const engine::ResidualSeries& series : solution.residuals) {
         if (series.points.size() < kFewest) {
             continue;
         }
         double sum = 0.0;
-        for (const session::ResidualPoint& point : series.points) {
+        for (const engine::ResidualPoint& point : series.points) {
             sum += point.millimetres;
         }
         const auto count = static_cast<double>(series.points.size());
@@ -117,18 +116,18 @@ void FindWorstMean(const session::Solution& solution, double interval, ResidualS
             worst = sigmas;
             result.worstMeanSigmas = sigmas;
             result.worstMean = sum / count;
-            result.worstSatellite = session::SatelliteName(series.system, series.prn);
+            result.worstSatellite = engine::SatelliteName(series.system, series.prn);
         }
     }
 }
 
 }  // namespace
 
-ResidualStatistics StatisticsOf(const session::Solution& solution, double interval,
+ResidualStatistics StatisticsOf(const engine::Solution& solution, double interval,
                                 const SkyOfSession& sky) {
     ResidualStatistics result;
     double rows = 0.0, rejected = 0.0;
-    for (const session::Ambiguity& ambiguity : solution.ambiguities) {
+    for (const engine::Ambiguity& ambiguity : solution.ambiguities) {
         rows += ambiguity.rows1 + ambiguity.rows2;
         rejected += ambiguity.rejected1 + ambiguity.rejected2;
     }
@@ -142,12 +141,12 @@ ResidualStatistics StatisticsOf(const session::Solution& solution, double interv
     RootMeanSquare all;
     std::array<RootMeanSquare, 5> byElevation;
     std::vector<Series> grids;
-    for (const session::ResidualSeries& series : solution.residuals) {
+    for (const engine::ResidualSeries& series : solution.residuals) {
         grids.push_back(OnGrid(series, sky.times.front(), interval));
         const auto satellite =
-            session::ParseSatellite(session::SatelliteName(series.system, series.prn));
+            engine::ParseSatellite(engine::SatelliteName(series.system, series.prn));
         const auto track = satellite ? sky.tracks.find(*satellite) : sky.tracks.end();
-        for (const session::ResidualPoint& point : series.points) {
+        for (const engine::ResidualPoint& point : series.points) {
             all.Add(point.millimetres);
             if (track == sky.tracks.end()) {
                 continue;

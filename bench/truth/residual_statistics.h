@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "session/session.h"
-#include "session/sky.h"
+#include "solve/sky.h"
 
 namespace vornel::truth {
 
@@ -40,11 +40,11 @@ struct ResidualStatistics {
 
 // Azimuth and elevation of the satellites, and the times of the epochs they refer to.
 struct SkyOfSession {
-    std::map<session::EngineSatellite, std::vector<session::SkyPoint>> tracks;
+    std::map<engine::Satellite, std::vector<solve::SkyPoint>> tracks;
     std::vector<io::GpsTime> times;
 };
 
-ResidualStatistics StatisticsOf(const session::Solution& solution, double interval,
+ResidualStatistics StatisticsOf(const engine::Solution& solution, double interval,
                                 const SkyOfSession& sky);
 
 }  // namespace vornel::truth

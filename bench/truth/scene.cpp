@@ -10,23 +10,23 @@
 #include "session/epochs.h"
 #include "session/session.h"
 #include "session/text.h"
+#include "solve/preparation.h"
 
 namespace vornel::truth {
 namespace {
 
-using session::EngineSystem;
 using session::Format;
 
 constexpr const char* kLetters = "GREC";
 
 char FirstBandOf(io::GnssSystem system) {
-    return session::EngineSystemOf(system) == EngineSystem::kBds ? '2' : '1';
+    return engine::SystemOf(system) == engine::System::kBds ? '2' : '1';
 }
 
 // The letter of a system that the engine has, else 0.
 char LetterOfFormat(io::GnssSystem system) {
-    const auto own = session::EngineSystemOf(system);
-    return own ? session::LetterOf(*own) : '\0';
+    const auto own = engine::SystemOf(system);
+    return own ? engine::LetterOf(*own) : '\0';
 }
 
 // What the engine counts as a record's reach, and what makes a choice among messages, with room.
@@ -76,7 +76,7 @@ LoadedSet Load(const DataSet& set, const std::string& dataFolder) {
 
     LoadedSet loaded;
     loaded.description = set;
-    loaded.inputs = session::ReadInputs(paths, session::SelectionFor({}));
+    loaded.inputs = session::ReadInputs(paths, solve::SelectionFor({}));
     session::DropUntimed(loaded.inputs.base);
     session::DropUntimed(loaded.inputs.rover);
     const auto& base = loaded.inputs.base.epochs;

@@ -19,13 +19,14 @@
 #include "report/json_report.h"
 #include "report/text_report.h"
 #include "session/fault.h"
-#include "session/solve_result.h"
+#include "solve/preparation.h"
+#include "solve/solve_result.h"
 
 namespace vornel::app {
 namespace {
 
 using report::CodeOf;
-using session::SolveResult;
+using solve::SolveResult;
 
 constexpr const char* kStandardOutput = "-";
 
@@ -65,23 +66,23 @@ class ErrorDescriptor {
 };
 
 // The engine's part, with its error stream kept aside.
-void Solve(SolveResult& result, const SolveArguments& arguments, const session::EngineApi& api,
+void Solve(SolveResult& result, const SolveArguments& arguments, const engine::Api& api,
            ProgressLine& progress) {
     StderrCapture capture;
     {
-        session::Engine engine(api);
-        session::FeedOptions options;
+        engine::Engine engine(api);
+        solve::FeedOptions options;
         options.tracePath = arguments.trace;
         options.traceLevel = arguments.traceLevel;
         options.progress = [&progress](const char* what, std::size_t done, std::size_t total) {
             progress.Tell(what, done, total);
         };
-        result.fed = session::Feed(result.session, engine, options);
+        result.fed = solve::Feed(result.session, engine, options);
         // The engine has them now; the reports tell what became of them.
         result.session.inputs.rover.ForgetSatellites();
         result.session.inputs.base.ForgetSatellites();
         progress.Tell("solving", 0, 0);
-        result.outcome = session::Run(result.session, engine);
+        result.outcome = solve::Run(result.session, engine);
     }
     result.engineLines = capture.Stop();
 }
@@ -114,8 +115,8 @@ int SolveCommand(SolveArguments arguments, const std::string& commandLine,
     ProgressLine progress(terminal.get(), around.errIsTerminal);
     progress.Tell("reading files", 0, 0);
     session::Inputs inputs =
-        session::ReadInputs(arguments.paths, session::SelectionFor(arguments.settings.values));
-    result.session = session::PrepareSession(std::move(inputs), std::move(arguments.settings));
+        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values));
+    result.session = solve::PrepareSession(std::move(inputs), std::move(arguments.settings));
     Solve(result, arguments, around.engine, progress);
     progress.Stop();
     result.secondsInAll =
@@ -146,9 +147,9 @@ int ConfigCommand(ConfigArguments arguments, const Surroundings& around) {
         return 0;
     }
     session::Inputs inputs =
-        session::ReadInputs(arguments.paths, session::SelectionFor(arguments.settings.values));
+        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values));
     const session::Session prepared =
-        session::PrepareSession(std::move(inputs), std::move(arguments.settings));
+        solve::PrepareSession(std::move(inputs), std::move(arguments.settings));
     around.out << PrintToml(prepared.settings);
     return 0;
 }

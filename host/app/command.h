@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "session/engine.h"
+#include "engine/engine.h"
 
 namespace vornel::app {
 
@@ -13,7 +13,7 @@ struct Surroundings {
     std::ostream& out;
     std::ostream& err;
     bool errIsTerminal = false;  // progress is shown on a terminal only
-    session::EngineApi engine{};
+    engine::Api engine{};
 };
 
 // Runs `vornel` with these arguments (without the program's name) and answers its exit code. Every

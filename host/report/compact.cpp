@@ -21,7 +21,7 @@ std::string EncodedSky(const Sky& sky) {
     for (const auto& [satellite, points] : sky) {
         std::string epochs, elevations;
         std::int64_t epoch = 0, elevation = 0;
-        for (const session::SkyPoint& point : points) {
+        for (const solve::SkyPoint& point : points) {
             const std::int64_t tenths = std::llround(point.elevation * kTenthsPerRadian);
             AppendInteger(epochs, point.epoch - epoch);
             AppendInteger(elevations, tenths - elevation);
@@ -29,7 +29,7 @@ std::string EncodedSky(const Sky& sky) {
             elevation = tenths;
         }
         json += json.empty() ? "\"" : ",\n\"";
-        json += session::ToString(satellite);
+        json += engine::ToString(satellite);
         json += "\":[\"" + epochs + "\",\"" + elevations + "\"]";
     }
     return json;
@@ -47,7 +47,7 @@ std::string EncodedResiduals(const std::vector<Residuals>& residuals, std::uint3
             }
         }
         json += json.empty() ? "[\"" : ",\n[\"";
-        json += session::ToString(series.satellite) + "\"," + std::to_string(series.block);
+        json += engine::ToString(series.satellite) + "\"," + std::to_string(series.block);
         json += ",\"" + EncodedEpochs(epochs);
         json += "\",\"" + values + "\"]";
     }
@@ -98,7 +98,7 @@ std::string EncodedTimes(const std::vector<io::GpsTime>& times) {
     return text;
 }
 
-EncodedData EncodeData(const session::SolveResult& result, const Timeline& timeline,
+EncodedData EncodeData(const solve::SolveResult& result, const Timeline& timeline,
                        std::size_t limit) {
     const auto& times = result.fed.times;
     std::string json = "{\"start\":";

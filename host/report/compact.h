@@ -28,7 +28,7 @@ struct EncodedData {
     std::string json;
     std::uint32_t thinning = 1;
 };
-EncodedData EncodeData(const session::SolveResult& result, const Timeline& timeline,
+EncodedData EncodeData(const solve::SolveResult& result, const Timeline& timeline,
                        std::size_t limit);
 
 }  // namespace vornel::report

@@ -5,12 +5,12 @@
 namespace vornel::report {
 namespace {
 
-using session::SolveResult;
+using solve::SolveResult;
 
-void Append(std::string& text, const char* kind, const session::Solution& solution) {
-    for (const session::ResidualSeries& series : solution.residuals) {
-        const std::string satellite = session::SatelliteName(series.system, series.prn);
-        for (const session::ResidualPoint& point : series.points) {
+void Append(std::string& text, const char* kind, const engine::Solution& solution) {
+    for (const engine::ResidualSeries& series : solution.residuals) {
+        const std::string satellite = engine::SatelliteName(series.system, series.prn);
+        for (const engine::ResidualPoint& point : series.points) {
             char line[128];
             std::snprintf(line, sizeof line, "%s,%d,%d,%s,%d,%.3f,%s,%d\n", kind, solution.mode,
                           series.kind + 1, satellite.c_str(), point.week, point.seconds,
@@ -25,10 +25,10 @@ void Append(std::string& text, const char* kind, const session::Solution& soluti
 
 std::string CsvReport(const SolveResult& result) {
     std::string text = "solution,model,block,satellite,gps_week,gps_seconds,gps_time,residual_mm\n";
-    for (const session::Solution& solution : result.outcome.results.floats) {
+    for (const engine::Solution& solution : result.outcome.results.floats) {
         Append(text, "float", solution);
     }
-    for (const session::Solution& solution : result.outcome.results.fixeds) {
+    for (const engine::Solution& solution : result.outcome.results.fixeds) {
         Append(text, "fixed", solution);
     }
     return text;

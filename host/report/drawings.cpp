@@ -11,12 +11,12 @@
 namespace vornel::report {
 namespace {
 
-using session::EngineSystem;
+using engine::System;
 using session::Format;
 
 // "sG", "sR", "sC", "sE": the class that gives a system its colour and dashes.
-std::string SystemClass(EngineSystem system) {
-    return std::string("s") + session::LetterOf(system);
+std::string SystemClass(engine::System system) {
+    return std::string("s") + engine::LetterOf(system);
 }
 
 struct Point {
@@ -98,16 +98,15 @@ class Strokes {
 // The path of a satellite, pen up where it was not observed for a while; points that the eye could
 // not tell apart are left out. Below the mask and above are paths of their own. What a wrong orbit
 // puts below the horizon is not drawn.
-std::string SkyPaths(const session::SolveResult& result,
-                     const std::vector<session::SkyPoint>& points, double step,
-                     const std::string& systemClass) {
+std::string SkyPaths(const solve::SolveResult& result, const std::vector<solve::SkyPoint>& points,
+                     double step, const std::string& systemClass) {
     constexpr double kVisible = 4.0;    // user units between points
     constexpr double kSmallGaps = 3.0;  // steps
     const double mask = result.session.config.elevationMask;
     Strokes low, high;
-    const session::SkyPoint* before = nullptr;
+    const solve::SkyPoint* before = nullptr;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const session::SkyPoint& point = points[i];
+        const solve::SkyPoint& point = points[i];
         if (point.elevation < 0.0) {
             before = nullptr;
             continue;
@@ -200,7 +199,7 @@ double TickStep(double length, double count) {
 
 class TrackDrawing {
   public:
-    TrackDrawing(const session::SolveResult& result, const Timeline& timeline)
+    TrackDrawing(const solve::SolveResult& result, const Timeline& timeline)
         : result_(result), timeline_(timeline) {
         const auto& times = result.fed.times;
         length_ = std::max(1.0, io::SecondsBetween(times.front(), times.back()));
@@ -279,10 +278,11 @@ class TrackDrawing {
         return text;
     }
 
-    std::string Row(EngineSatellite satellite, const std::vector<std::uint32_t>& epochs, double y) {
+    std::string Row(engine::Satellite satellite, const std::vector<std::uint32_t>& epochs,
+                    double y) {
         const double middle = y + kRow / 2.0;
         std::string text = Format("<text class=\"name\" x=\"%g\" y=\"%g\">%s</text>\n", kLeft - 8.0,
-                                  middle + 4.0, session::ToString(satellite).c_str());
+                                  middle + 4.0, engine::ToString(satellite).c_str());
         // Gaps too short to be seen are not drawn.
         constexpr double kVisible = 1500.0;
         const auto bridge =
@@ -297,7 +297,7 @@ class TrackDrawing {
         text += "<g class=\"" + SystemClass(satellite.system) +
                 "\">\n<path class=\"observed\" d=\"" + lines + "\"/>\n";
         for (const Period& period : timeline_.periods) {
-            const auto& candidates = period.references[session::IndexOf(satellite.system)];
+            const auto& candidates = period.references[engine::IndexOf(satellite.system)];
             if (!candidates.empty() && candidates.front() == satellite) {
                 text += ReferenceBar(period.epochs, satellite, candidates.size() == 1, middle);
             }
@@ -320,11 +320,11 @@ class TrackDrawing {
                (title.empty() ? "" : "<title>" + Escaped(title) + "</title>") + "</rect>\n";
     }
 
-    std::string ReferenceBar(const Span& span, EngineSatellite satellite, bool certain,
+    std::string ReferenceBar(const Span& span, engine::Satellite satellite, bool certain,
                              double middle) const {
         std::string text =
             Bar(span, middle, "reference",
-                session::ToString(satellite) + ", " + (certain ? "" : "probably ") +
+                engine::ToString(satellite) + ", " + (certain ? "" : "probably ") +
                     "the reference satellite (derived), " + ClockTime(result_, span.first) +
                     " to " + ClockTime(result_, span.last));
         constexpr double kRoom = 32.0;
@@ -339,8 +339,8 @@ class TrackDrawing {
     std::string TrackBar(const Track& track, double middle) const {
         // With more of them the table alone tells of each.
         constexpr std::size_t kTold = 800;
-        const session::Ambiguity& a = track.ambiguity;
-        std::string title = session::ToString(track.satellite) + ", " +
+        const engine::Ambiguity& a = track.ambiguity;
+        std::string title = engine::ToString(track.satellite) + ", " +
                             ClockTime(result_, track.epochs.first) + " to " +
                             ClockTime(result_, track.epochs.last) + ", " +
                             session::Plural(static_cast<std::size_t>(std::max(a.rows1, 0)), "row") +
@@ -370,7 +370,7 @@ class TrackDrawing {
         return text;
     }
 
-    const session::SolveResult& result_;
+    const solve::SolveResult& result_;
     const Timeline& timeline_;
     double length_ = 1.0;  // s
     double height_ = 0.0;
@@ -378,7 +378,7 @@ class TrackDrawing {
 
 }  // namespace
 
-std::string SkyPlot(const session::SolveResult& result, const Sky& sky) {
+std::string SkyPlot(const solve::SolveResult& result, const Sky& sky) {
     std::string text =
         "<svg class=\"sky\" viewBox=\"0 0 520 520\" role=\"img\" "
         "aria-labelledby=\"sky-title sky-desc\">\n"
@@ -408,7 +408,7 @@ std::string SkyPlot(const session::SolveResult& result, const Sky& sky) {
     }
     for (const auto& [satellite, points] : sky) {
         const std::string className = SystemClass(satellite.system);
-        const std::string name = session::ToString(satellite);
+        const std::string name = engine::ToString(satellite);
         text += SkyPaths(result, points, step, className);
         std::vector<Point> anchors;
         for (const double part : {1.0, 0.5, 0.75, 0.25, 0.0}) {
@@ -425,11 +425,11 @@ std::string SkyPlot(const session::SolveResult& result, const Sky& sky) {
     return text + labels + "</svg>\n";
 }
 
-std::string TrackPlot(const session::SolveResult& result, const Timeline& timeline) {
+std::string TrackPlot(const solve::SolveResult& result, const Timeline& timeline) {
     return TrackDrawing(result, timeline).Svg();
 }
 
-std::string ClockTime(const session::SolveResult& result, std::uint32_t epoch) {
+std::string ClockTime(const solve::SolveResult& result, std::uint32_t epoch) {
     const auto& times = result.fed.times;
     constexpr std::size_t kDate = 11;  // "2020-06-25 "
     const std::string text = io::FormatTime(times[epoch], 0);

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "engine/status.h"
+
 namespace vornel::report {
 namespace {
 
@@ -95,22 +97,22 @@ ExitCode CodeOf(session::Fault fault) {
     return E::kInternal;
 }
 
-ExitCode CodeOf(session::Acceptance acceptance, int status) {
+ExitCode CodeOf(solve::Acceptance acceptance, int status) {
     switch (acceptance) {
-        case session::Acceptance::kFixed:
+        case solve::Acceptance::kFixed:
             return E::kFixed;
-        case session::Acceptance::kFloat:
+        case solve::Acceptance::kFloat:
             return E::kFloat;
-        case session::Acceptance::kTripleDifference:
+        case solve::Acceptance::kTripleDifference:
             return E::kTripleDifference;
-        case session::Acceptance::kNone:
+        case solve::Acceptance::kNone:
             break;
     }
-    switch (session::DescribeStatus(status).kind) {
-        case session::StatusKind::kNoReference:
+    switch (engine::DescribeStatus(status).kind) {
+        case engine::StatusKind::kNoReference:
             return E::kNoReference;
-        case session::StatusKind::kNoEpochs:
-        case session::StatusKind::kNoPeriod:
+        case engine::StatusKind::kNoEpochs:
+        case engine::StatusKind::kNoPeriod:
             return E::kNoEpochs;
         default:
             return E::kNoTripleDifference;

@@ -6,8 +6,7 @@
 
 #include "io/input_error.h"
 #include "session/fault.h"
-#include "session/session.h"
-#include "session/status.h"
+#include "solve/outcome.h"
 
 namespace vornel::report {
 
@@ -59,6 +58,6 @@ ExitCode CodeOf(io::InputFault fault);
 ExitCode CodeOf(session::Fault fault);
 
 // Of a run that took place.
-ExitCode CodeOf(session::Acceptance acceptance, int status);
+ExitCode CodeOf(solve::Acceptance acceptance, int status);
 
 }  // namespace vornel::report

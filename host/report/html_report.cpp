@@ -29,7 +29,7 @@ std::string Filled(std::string_view page, const std::map<std::string_view, std::
 
 }  // namespace
 
-std::string HtmlReport(const session::SolveResult& result) {
+std::string HtmlReport(const solve::SolveResult& result) {
     const Timeline timeline = MakeTimeline(result);
     const session::Session& s = result.session;
     const std::string before = SummarySection(result) + VectorSection(result) +

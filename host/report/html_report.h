@@ -3,13 +3,13 @@
 
 #include <string>
 
-#include "session/solve_result.h"
+#include "solve/solve_result.h"
 
 namespace vornel::report {
 
 // The whole page has this room in bytes; a session of a day takes less without being thinned.
 inline constexpr std::size_t kPageLimit = 1'000'000;
 
-std::string HtmlReport(const session::SolveResult& result);
+std::string HtmlReport(const solve::SolveResult& result);
 
 }  // namespace vornel::report

@@ -2,16 +2,16 @@
 
 #include <cmath>
 
+#include "engine/status.h"
 #include "report/exit_codes.h"
-#include "report/text_report.h"
-#include "session/status.h"
+#include "report/phrases.h"
 
 namespace vornel::report {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using session::EngineSystem;
-using session::SolveResult;
+using engine::System;
+using solve::SolveResult;
 
 // Not-a-number and infinities have no place in JSON: null.
 Json Number(double value) {
@@ -45,8 +45,8 @@ Json Time(const io::GpsTime& time) {
     return Time(time.week, time.seconds);
 }
 
-Json AmbiguityJson(const session::Ambiguity& a, bool isFloat, bool twoBlocks) {
-    Json json = {{"satellite", session::SatelliteName(a.system, a.prn)},
+Json AmbiguityJson(const engine::Ambiguity& a, bool isFloat, bool twoBlocks) {
+    Json json = {{"satellite", engine::SatelliteName(a.system, a.prn)},
                  {"first_epoch", a.firstEpoch},
                  {"last_epoch", a.lastEpoch},
                  {"first_time", Time(a.firstWeek, a.firstSeconds)},
@@ -67,14 +67,14 @@ Json AmbiguityJson(const session::Ambiguity& a, bool isFloat, bool twoBlocks) {
     return json;
 }
 
-Json ResidualsJson(const session::ResidualSeries& series) {
+Json ResidualsJson(const engine::ResidualSeries& series) {
     Json weeks = Json::array(), seconds = Json::array(), values = Json::array();
-    for (const session::ResidualPoint& point : series.points) {
+    for (const engine::ResidualPoint& point : series.points) {
         weeks.push_back(point.week);
         seconds.push_back(Number(point.seconds));
         values.push_back(point.millimetres);
     }
-    return {{"satellite", session::SatelliteName(series.system, series.prn)},
+    return {{"satellite", engine::SatelliteName(series.system, series.prn)},
             {"block", series.kind},
             {"weeks", weeks},
             {"seconds", seconds},
@@ -83,7 +83,7 @@ Json ResidualsJson(const session::ResidualSeries& series) {
 
 enum class SolutionKind { kTripleDifference, kFloat, kFixed };
 
-Json SolutionJson(const session::Solution& s, SolutionKind kind, const session::Station& base) {
+Json SolutionJson(const engine::Solution& s, SolutionKind kind, const session::Station& base) {
     if (s.mode == 0) {
         return nullptr;
     }
@@ -106,35 +106,35 @@ Json SolutionJson(const session::Solution& s, SolutionKind kind, const session::
     if (kind == SolutionKind::kTripleDifference) {
         return json;
     }
-    json["model"] = session::SolveModelName(s.mode);
+    json["model"] = engine::SolveModelName(s.mode);
     if (kind == SolutionKind::kFixed) {
         json["ratio"] = Number(s.ratio);
     }
     constexpr int kBothFrequencies = 3;
     json["ambiguities"] = Json::array();
-    for (const session::Ambiguity& a : s.ambiguities) {
+    for (const engine::Ambiguity& a : s.ambiguities) {
         json["ambiguities"].push_back(
             AmbiguityJson(a, kind == SolutionKind::kFloat, s.mode == kBothFrequencies));
     }
     json["residuals"] = Json::array();
-    for (const session::ResidualSeries& series : s.residuals) {
+    for (const engine::ResidualSeries& series : s.residuals) {
         json["residuals"].push_back(ResidualsJson(series));
     }
     return json;
 }
 
 Json StatusJson(int status) {
-    const session::StatusEntry& entry = session::DescribeStatus(status);
+    const engine::StatusEntry& entry = engine::DescribeStatus(status);
     return {{"number", status}, {"stage", entry.stage}, {"text", entry.text}};
 }
 
 Json OutcomeJson(const SolveResult& result) {
-    const session::RunOutcome& o = result.outcome;
+    const solve::RunOutcome& o = result.outcome;
     Json chain = Json::array();
     for (const int status : o.chain) {
         chain.push_back(StatusJson(status));
     }
-    return {{"acceptance", session::AcceptanceName(o.acceptance)},
+    return {{"acceptance", solve::AcceptanceName(o.acceptance)},
             {"reason", VerdictReason(result)},
             {"exit_code", static_cast<int>(CodeOf(o.acceptance, o.results.status))},
             {"status", StatusJson(o.results.status)},
@@ -142,7 +142,7 @@ Json OutcomeJson(const SolveResult& result) {
             {"completed", o.completed},
             {"solve_mode", result.session.config.slvmode},
             {"solve_model", o.results.solveModel},
-            {"solve_model_name", session::SolveModelName(o.results.solveModel)},
+            {"solve_model_name", engine::SolveModelName(o.results.solveModel)},
             {"ratio_threshold", Number(result.session.config.ratioThreshold)}};
 }
 
@@ -210,18 +210,18 @@ Json SignalJson(const session::SignalPair& pair, bool rover) {
 
 Json SystemsJson(const SolveResult& result) {
     Json list = Json::array();
-    const session::Solution* best = result.outcome.Best();
-    for (const EngineSystem system : session::kEngineSystems) {
-        const std::size_t i = session::IndexOf(system);
+    const engine::Solution* best = result.outcome.Best();
+    for (const engine::System system : engine::kSystems) {
+        const std::size_t i = engine::IndexOf(system);
         const auto& pairs = result.session.signals[i];
         Json satellites = Json::array();
         for (const auto& [satellite, epochs] : result.fed.common) {
             if (satellite.system == system) {
                 satellites.push_back(
-                    {{"satellite", session::ToString(satellite)}, {"epochs", epochs.size()}});
+                    {{"satellite", engine::ToString(satellite)}, {"epochs", epochs.size()}});
             }
         }
-        list.push_back({{"system", session::NameOf(system)},
+        list.push_back({{"system", engine::NameOf(system)},
                         {"enabled", result.session.settings.values.systems[i]},
                         {"epochs", result.fed.systems[i].epochs},
                         {"satellites", satellites},
@@ -252,8 +252,8 @@ Json SessionJson(const SolveResult& result) {
 
 Json OrbitsJson(const session::Session& s) {
     Json taken = Json::object();
-    for (const EngineSystem system : session::kEngineSystems) {
-        taken[session::NameOf(system)] = s.ephemerides.taken[session::IndexOf(system)];
+    for (const engine::System system : engine::kSystems) {
+        taken[engine::NameOf(system)] = s.ephemerides.taken[engine::IndexOf(system)];
     }
     Json json = {{"source", s.precise ? "precise" : "broadcast"},
                  {"broadcast",
@@ -286,14 +286,14 @@ Json LeftOutJson(const SolveResult& result) {
     const session::SatellitesLeftOut& out = result.session.leftOut;
     const auto names = [](const auto& satellites) {
         Json list = Json::array();
-        for (const session::EngineSatellite& satellite : satellites) {
-            list.push_back(session::ToString(satellite));
+        for (const engine::Satellite& satellite : satellites) {
+            list.push_back(engine::ToString(satellite));
         }
         return list;
     };
     Json channels = Json::object();
     for (const auto& [satellite, reason] : out.unknownChannel) {
-        channels[session::ToString(satellite)] = reason;
+        channels[engine::ToString(satellite)] = reason;
     }
     Json excluded = Json::array();
     for (const session::Exclusion& exclusion : result.session.settings.values.exclusions) {
@@ -335,7 +335,7 @@ Json SettingsJson(const session::ConfiguredSettings& settings) {
     return list;
 }
 
-Json EngineConfigJson(const session::EngineConfig& c) {
+Json EngineConfigJson(const engine::Config& c) {
     return {{"slvmode", c.slvmode},
             {"elevationMask", Number(c.elevationMask)},
             {"samplingInterval", Number(c.samplingInterval)},
@@ -380,13 +380,13 @@ Json FileNotesJson(const session::Inputs& inputs) {
 }
 
 Json SolutionsJson(const SolveResult& result) {
-    const session::EngineResults& r = result.outcome.results;
+    const engine::Results& r = result.outcome.results;
     const session::Station& base = result.session.base;
     Json floats = Json::array(), fixeds = Json::array();
-    for (const session::Solution& s : r.floats) {
+    for (const engine::Solution& s : r.floats) {
         floats.push_back(SolutionJson(s, SolutionKind::kFloat, base));
     }
-    for (const session::Solution& s : r.fixeds) {
+    for (const engine::Solution& s : r.fixeds) {
         fixeds.push_back(SolutionJson(s, SolutionKind::kFixed, base));
     }
     return {{"triple_difference",
@@ -397,12 +397,12 @@ Json SolutionsJson(const SolveResult& result) {
 
 // The accepted solution in short; the long form stands among the solutions.
 Json BestJson(const SolveResult& result) {
-    const session::Solution* best = result.outcome.Best();
+    const engine::Solution* best = result.outcome.Best();
     if (best == nullptr) {
         return nullptr;
     }
     Json json = SolutionJson(*best, SolutionKind::kTripleDifference, result.session.base);
-    json["kind"] = session::AcceptanceName(result.outcome.acceptance);
+    json["kind"] = solve::AcceptanceName(result.outcome.acceptance);
     return json;
 }
 

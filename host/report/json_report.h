@@ -4,7 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "session/solve_result.h"
+#include "solve/solve_result.h"
 
 namespace vornel::report {
 
@@ -12,7 +12,7 @@ namespace vornel::report {
 // added.
 inline constexpr const char* kJsonSchema = "vornel-solve/1.0";
 
-nlohmann::ordered_json JsonReport(const session::SolveResult& result);
+nlohmann::ordered_json JsonReport(const solve::SolveResult& result);
 
 // With a line break at the end.
 std::string JsonText(const nlohmann::ordered_json& json);

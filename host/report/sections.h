@@ -7,16 +7,16 @@
 
 namespace vornel::report {
 
-std::string SummarySection(const session::SolveResult& result);
-std::string VectorSection(const session::SolveResult& result);
-std::string StationSection(const session::SolveResult& result);
-std::string ResidualSection(const session::SolveResult& result, const Timeline& timeline,
+std::string SummarySection(const solve::SolveResult& result);
+std::string VectorSection(const solve::SolveResult& result);
+std::string StationSection(const solve::SolveResult& result);
+std::string ResidualSection(const solve::SolveResult& result, const Timeline& timeline,
                             std::uint32_t thinning);
-std::string SatelliteSection(const session::SolveResult& result, const Timeline& timeline);
-std::string FixingSection(const session::SolveResult& result, const Timeline& timeline);
-std::string DataSection(const session::SolveResult& result);
-std::string SettingSection(const session::SolveResult& result);
-std::string InputSection(const session::SolveResult& result);
-std::string OriginSection(const session::SolveResult& result);
+std::string SatelliteSection(const solve::SolveResult& result, const Timeline& timeline);
+std::string FixingSection(const solve::SolveResult& result, const Timeline& timeline);
+std::string DataSection(const solve::SolveResult& result);
+std::string SettingSection(const solve::SolveResult& result);
+std::string InputSection(const solve::SolveResult& result);
+std::string OriginSection(const solve::SolveResult& result);
 
 }  // namespace vornel::report

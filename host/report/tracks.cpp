@@ -7,14 +7,14 @@
 namespace vornel::report {
 namespace {
 
-using session::Ambiguity;
-using session::EngineSystem;
-using session::Solution;
+using engine::Ambiguity;
+using engine::Solution;
+using engine::System;
 
-std::optional<EngineSatellite> SatelliteOf(int system, int prn) {
-    for (const EngineSystem known : session::kEngineSystems) {
+std::optional<engine::Satellite> SatelliteOf(int system, int prn) {
+    for (const engine::System known : engine::kSystems) {
         if (static_cast<int>(known) == system) {
-            return EngineSatellite{known, prn};
+            return engine::Satellite{known, prn};
         }
     }
     return std::nullopt;
@@ -46,14 +46,14 @@ std::vector<Residuals> PlacedResiduals(const Solution& solution,
         epochs.emplace(Key(times[i].week, times[i].seconds), static_cast<std::uint32_t>(i));
     }
     std::vector<Residuals> list;
-    for (const session::ResidualSeries& series : solution.residuals) {
+    for (const engine::ResidualSeries& series : solution.residuals) {
         const auto satellite = SatelliteOf(series.system, series.prn);
         if (!satellite) {
             unplaced += series.points.size();
             continue;
         }
         std::map<std::uint32_t, int> values;
-        for (const session::ResidualPoint& point : series.points) {
+        for (const engine::ResidualPoint& point : series.points) {
             const auto epoch = epochs.find(Key(point.week, point.seconds));
             if (epoch == epochs.end()) {
                 ++unplaced;
@@ -77,7 +77,7 @@ std::vector<Residuals> PlacedResiduals(const Solution& solution,
 }
 
 // The float solution of the same model; null for none.
-const Solution* FloatOf(const session::EngineResults& results, const Solution& solution) {
+const Solution* FloatOf(const engine::Results& results, const Solution& solution) {
     for (const Solution& candidate : results.floats) {
         if (candidate.mode == solution.mode && &candidate != &solution) {
             return &candidate;
@@ -95,7 +95,7 @@ std::size_t PeriodOf(const std::vector<Period>& periods, std::uint32_t epoch) {
 }
 
 // Whether the common observations of a satellite miss an epoch between two others.
-bool Interrupted(const session::SolveResult& result, EngineSatellite satellite, std::uint32_t from,
+bool Interrupted(const solve::SolveResult& result, engine::Satellite satellite, std::uint32_t from,
                  std::uint32_t to) {
     const auto found = result.fed.common.find(satellite);
     if (found == result.fed.common.end()) {
@@ -113,7 +113,7 @@ bool Interrupted(const session::SolveResult& result, EngineSatellite satellite, 
     return epochMissing || static_cast<std::uint32_t>(end - begin) != to - from + 1;
 }
 
-std::vector<Track> Tracks(const session::SolveResult& result, const Solution& solution,
+std::vector<Track> Tracks(const solve::SolveResult& result, const Solution& solution,
                           const std::vector<Period>& periods) {
     const Solution* floating = FloatOf(result.outcome.results, solution);
     std::vector<Track> tracks;
@@ -148,7 +148,7 @@ std::vector<Track> Tracks(const session::SolveResult& result, const Solution& so
     return tracks;
 }
 
-bool LeftOutWhole(const session::SolveResult& result, EngineSatellite satellite) {
+bool LeftOutWhole(const solve::SolveResult& result, engine::Satellite satellite) {
     const session::Session& s = result.session;
     const auto& exclusions = s.settings.values.exclusions;
     return s.leftOut.withoutOrbit.contains(satellite) ||
@@ -160,7 +160,7 @@ bool LeftOutWhole(const session::SolveResult& result, EngineSatellite satellite)
 
 // Mean elevation of a satellite in a stretch, radians; -1 when it is not known, or when it went
 // below the mask.
-double ElevationIn(const Timeline& timeline, EngineSatellite satellite, const Span& span,
+double ElevationIn(const Timeline& timeline, engine::Satellite satellite, const Span& span,
                    double mask) {
     const auto track = timeline.sky.find(satellite);
     constexpr double kUnknown = -1.0;
@@ -171,7 +171,7 @@ double ElevationIn(const Timeline& timeline, EngineSatellite satellite, const Sp
     }
     double sum = 0.0;
     std::size_t count = 0;
-    for (const session::SkyPoint& point : track->second) {
+    for (const solve::SkyPoint& point : track->second) {
         if (!span.Holds(point.epoch)) {
             continue;
         }
@@ -185,9 +185,9 @@ double ElevationIn(const Timeline& timeline, EngineSatellite satellite, const Sp
 }
 
 // Satellites with an ambiguity in a stretch, in whichever solution.
-void AddEstimated(const session::SolveResult& result, const Span& span,
-                  std::set<EngineSatellite>& estimated) {
-    const session::EngineResults& results = result.outcome.results;
+void AddEstimated(const solve::SolveResult& result, const Span& span,
+                  std::set<engine::Satellite>& estimated) {
+    const engine::Results& results = result.outcome.results;
     for (const auto* solutions : {&results.floats, &results.fixeds}) {
         for (const Solution& solution : *solutions) {
             for (const Ambiguity& a : solution.ambiguities) {
@@ -200,11 +200,11 @@ void AddEstimated(const session::SolveResult& result, const Span& span,
     }
 }
 
-std::vector<EngineSatellite> ReferenceCandidates(const session::SolveResult& result,
-                                                 const Timeline& timeline, const Span& period,
-                                                 EngineSystem system) {
+std::vector<engine::Satellite> ReferenceCandidates(const solve::SolveResult& result,
+                                                   const Timeline& timeline, const Span& period,
+                                                   engine::System system) {
     std::set<std::uint32_t> used;  // epochs with residuals of the system
-    std::set<EngineSatellite> estimated;
+    std::set<engine::Satellite> estimated;
     for (const Residuals& series : timeline.residuals) {
         if (series.satellite.system != system) {
             continue;
@@ -222,7 +222,7 @@ std::vector<EngineSatellite> ReferenceCandidates(const session::SolveResult& res
     }
     // With precise orbits alone no elevation is known, and none speaks against a candidate.
     const bool elevations = !timeline.sky.empty();
-    std::vector<std::pair<double, EngineSatellite>> found;
+    std::vector<std::pair<double, engine::Satellite>> found;
     for (const auto& [satellite, epochs] : result.fed.common) {
         if (satellite.system != system || estimated.contains(satellite) ||
             LeftOutWhole(result, satellite) ||
@@ -238,7 +238,7 @@ std::vector<EngineSatellite> ReferenceCandidates(const session::SolveResult& res
     }
     std::sort(found.begin(), found.end(),
               [](const auto& a, const auto& b) { return a.first > b.first; });
-    std::vector<EngineSatellite> list;
+    std::vector<engine::Satellite> list;
     for (const auto& [elevation, satellite] : found) {
         list.push_back(satellite);
     }
@@ -247,7 +247,7 @@ std::vector<EngineSatellite> ReferenceCandidates(const session::SolveResult& res
 
 // So many nodes of a satellite's path serve an elevation to some hundredths of a degree, and no
 // more than a page has room for.
-double SkyStep(const session::SolveResult& result) {
+double SkyStep(const solve::SolveResult& result) {
     constexpr double kNodes = 720.0;
     constexpr double kLeast = 60.0;  // s
     const double length = io::SecondsBetween(result.fed.times.front(), result.fed.times.back());
@@ -284,17 +284,17 @@ std::vector<Span> DerivedPeriods(const std::vector<io::GpsTime>& times, double l
     return periods;
 }
 
-Timeline MakeTimeline(const session::SolveResult& result) {
+Timeline MakeTimeline(const solve::SolveResult& result) {
     Timeline timeline;
     if (result.fed.times.empty()) {
         return timeline;
     }
-    timeline.sky = session::SkyTracks(result.session, result.fed, SkyStep(result));
+    timeline.sky = solve::SkyTracks(result.session, result.fed, SkyStep(result));
     const Solution* best = result.outcome.Best();
     if (best == nullptr || best == &result.outcome.results.tripleDifference) {
         return timeline;
     }
-    const session::EngineConfig& config = result.session.config;
+    const engine::Config& config = result.session.config;
     for (const Span& span : DerivedPeriods(result.fed.times, config.periodLength,
                                            static_cast<std::size_t>(std::max(config.minEpochs, 0)),
                                            best->ambiguities)) {
@@ -303,8 +303,8 @@ Timeline MakeTimeline(const session::SolveResult& result) {
     timeline.residuals = PlacedResiduals(*best, result.fed.times, timeline.unplaced);
     timeline.tracks = Tracks(result, *best, timeline.periods);
     for (Period& period : timeline.periods) {
-        for (const EngineSystem system : session::kEngineSystems) {
-            period.references[session::IndexOf(system)] =
+        for (const engine::System system : engine::kSystems) {
+            period.references[engine::IndexOf(system)] =
                 ReferenceCandidates(result, timeline, period.epochs, system);
         }
     }

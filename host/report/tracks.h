@@ -14,12 +14,12 @@
 #include <map>
 #include <vector>
 
-#include "session/sky.h"
-#include "session/solve_result.h"
+#include "solve/sky.h"
+#include "solve/solve_result.h"
 
 namespace vornel::report {
 
-using session::EngineSatellite;
+using engine::Satellite;
 
 // Indices of epochs handed over, both inside.
 struct Span {
@@ -41,31 +41,31 @@ enum class TrackStart {
 };
 
 struct Track {
-    EngineSatellite satellite;
+    engine::Satellite satellite;
     Span epochs;
     TrackStart start = TrackStart::kFirst;
     std::size_t period = 0;
-    session::Ambiguity ambiguity;
+    engine::Ambiguity ambiguity;
     // Of the same track in the float solution of the same model; absent where it has none.
-    std::optional<session::Ambiguity> floating;
+    std::optional<engine::Ambiguity> floating;
 };
 
 struct Period {
     Span epochs;
     // Satellites that can be the reference, by system, the likeliest first. One: it is the one.
     // None: no residuals, or not known.
-    std::array<std::vector<EngineSatellite>, session::kEngineSystemCount> references;
+    std::array<std::vector<engine::Satellite>, engine::kSystemCount> references;
 };
 
 // Of one satellite and frequency block, by epoch.
 struct Residuals {
-    EngineSatellite satellite;
+    engine::Satellite satellite;
     int block = 0;
     std::vector<std::uint32_t> epochs;  // ascending
     std::vector<int> millimetres;
 };
 
-using Sky = std::map<EngineSatellite, std::vector<session::SkyPoint>>;
+using Sky = std::map<engine::Satellite, std::vector<solve::SkyPoint>>;
 
 struct Timeline {
     std::vector<Period> periods;
@@ -76,11 +76,11 @@ struct Timeline {
 };
 
 // Of the accepted solution. Empty but for the sky when there is none with ambiguities.
-Timeline MakeTimeline(const session::SolveResult& result);
+Timeline MakeTimeline(const solve::SolveResult& result);
 
 // The parts of it.
 std::vector<Span> DerivedPeriods(const std::vector<io::GpsTime>& times, double length,
                                  std::size_t minEpochs,
-                                 const std::vector<session::Ambiguity>& ambiguities);
+                                 const std::vector<engine::Ambiguity>& ambiguities);
 
 }  // namespace vornel::report

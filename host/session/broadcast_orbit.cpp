@@ -13,18 +13,18 @@ struct SystemConstants {
     double rotationRate;  // rad/s
 };
 
-SystemConstants ConstantsOf(EngineSystem system) {
+SystemConstants ConstantsOf(engine::System system) {
     switch (system) {
-        case EngineSystem::kBds:
+        case engine::System::kBds:
             return {3.986004418e14, 7.2921150e-5};
-        case EngineSystem::kGalileo:
+        case engine::System::kGalileo:
             return {3.986004418e14, 7.2921151467e-5};
         default:
             return {3.986005e14, 7.2921151467e-5};
     }
 }
 
-const TimedKepler* NearestRecord(const Ephemerides& ephemerides, EngineSatellite satellite,
+const TimedKepler* NearestRecord(const Ephemerides& ephemerides, engine::Satellite satellite,
                                  const io::GpsTime& time) {
     const TimedKepler* nearest = nullptr;
     double best = kEphemerisReach;
@@ -65,12 +65,12 @@ Vector3 AboutZ(const Vector3& v, double angle) {
             std::cos(angle) * v[1] - std::sin(angle) * v[0], v[2]};
 }
 
-SatelliteState KeplerState(const TimedKepler& timed, EngineSatellite satellite,
+SatelliteState KeplerState(const TimedKepler& timed, engine::Satellite satellite,
                            const io::GpsTime& time) {
     constexpr int kLastGeostationary = 5;
-    const bool bds = satellite.system == EngineSystem::kBds;
+    const bool bds = satellite.system == engine::System::kBds;
     const bool geostationary = bds && satellite.prn <= kLastGeostationary;
-    const EngineKepler& r = timed.record;
+    const engine::Kepler& r = timed.record;
     const SystemConstants c = ConstantsOf(satellite.system);
     const double offset = bds ? kBdtOffset : 0.0;
     const double tk = io::SecondsBetween(timed.reference, time);
@@ -161,7 +161,7 @@ StateVector Stepped(const StateVector& s, const Vector3& acceleration, double h)
 SatelliteState GlonassState(const TimedGlonass& timed, const io::GpsTime& time) {
     constexpr double kKilometre = 1000.0;
     constexpr double kStep = 60.0;  // s
-    const EngineGlonass& r = timed.record;
+    const engine::Glonass& r = timed.record;
     StateVector state{};
     Vector3 acceleration{};
     for (std::size_t i = 0; i < 3; ++i) {
@@ -180,8 +180,8 @@ SatelliteState GlonassState(const TimedGlonass& timed, const io::GpsTime& time) 
 }  // namespace
 
 std::optional<SatelliteState> BroadcastState(const Ephemerides& ephemerides,
-                                             EngineSatellite satellite, const io::GpsTime& time) {
-    if (satellite.system == EngineSystem::kGlonass) {
+                                             engine::Satellite satellite, const io::GpsTime& time) {
+    if (satellite.system == engine::System::kGlonass) {
         const TimedGlonass* timed = NearestGlonass(ephemerides, satellite.prn, time);
         return timed == nullptr ? std::nullopt : std::optional(GlonassState(*timed, time));
     }

@@ -21,6 +21,6 @@ struct SatelliteState {
 // (GLONASS ICD, A.3.1.2), good to some metres. Group delays are not applied, and frames not
 // distinguished. Nothing without a record.
 std::optional<SatelliteState> BroadcastState(const Ephemerides& ephemerides,
-                                             EngineSatellite satellite, const io::GpsTime& time);
+                                             engine::Satellite satellite, const io::GpsTime& time);
 
 }  // namespace vornel::session

@@ -54,12 +54,12 @@ int Rank(io::NavigationMessage message) {
     return 4;
 }
 
-io::GpsTime ReferenceOf(const EngineKepler& record) {
-    const double offset = record.system == EngineSystem::kBds ? kBdtOffset : 0.0;
+io::GpsTime ReferenceOf(const engine::Kepler& record) {
+    const double offset = record.system == engine::System::kBds ? kBdtOffset : 0.0;
     return io::Shifted({record.toeWeek, record.toe}, offset);
 }
 
-io::GpsTime ReferenceOf(const EngineGlonass& record) {
+io::GpsTime ReferenceOf(const engine::Glonass& record) {
     return io::Shifted({record.week, record.seconds}, record.leapSeconds);
 }
 
@@ -67,9 +67,10 @@ io::GpsTime ReferenceOf(const EngineGlonass& record) {
 // motion worked into the elements. Along the orbit M, n and the angles are those of the message at
 // the new reference time; only the square of `shift` times half the rate is beyond the engine's
 // formulas between two references.
-EngineKepler Moved(const EngineKepler& original, const io::KeplerRecord& message, double shift) {
-    EngineKepler record = original;
-    const double gm = original.system == EngineSystem::kGps ? kGmGps : kGmOther;
+engine::Kepler Moved(const engine::Kepler& original, const io::KeplerRecord& message,
+                     double shift) {
+    engine::Kepler record = original;
+    const double gm = original.system == engine::System::kGps ? kGmGps : kGmOther;
     const double axis = original.sqrtA * original.sqrtA;
     const double newAxis = axis + message.aDot * shift;
     // The mean motion refers to the axis at the message's own reference time.
@@ -90,15 +91,15 @@ EngineKepler Moved(const EngineKepler& original, const io::KeplerRecord& message
 }
 
 // The records that stand for one message.
-std::vector<EngineKepler> Spread(const EngineKepler& record, const io::KeplerRecord& message) {
+std::vector<engine::Kepler> Spread(const engine::Kepler& record, const io::KeplerRecord& message) {
     if (!message.hasRates) {
         return {record};
     }
     constexpr double kStep = 900.0;   // s between references
     constexpr double kHalf = 7200.0;  // s that a message is good for, each side
-    std::vector<EngineKepler> records;
+    std::vector<engine::Kepler> records;
     for (double shift = -kHalf; shift <= kHalf; shift += kStep) {
-        const EngineKepler moved = Moved(record, message, shift);
+        const engine::Kepler moved = Moved(record, message, shift);
         if (moved.toeWeek == record.toeWeek) {
             records.push_back(moved);
         }
@@ -126,18 +127,18 @@ class Selector {
         : result_(result), first_(first), last_(last) {}
 
     void Take(const io::KeplerRecord& message) {
-        const auto satellite = ToEngine(message.satellite);
+        const auto satellite = engine::ToEngine(message.satellite);
         if (!satellite) {
             result_.unnumbered.insert(io::ToString(message.satellite));
             return;
         }
         ++result_.recordsRead;
-        const EngineKepler record = ToEngineKepler(message, *satellite);
+        const engine::Kepler record = ToEngineKepler(message, *satellite);
         if (const auto reason = OutOfBounds(record)) {
             Drop(*reason);
             return;
         }
-        for (const EngineKepler& part : Spread(record, message)) {
+        for (const engine::Kepler& part : Spread(record, message)) {
             const io::GpsTime reference = ReferenceOf(part);
             if (OutOfBounds(part) || !Reaches(reference, first_, last_)) {
                 if (!message.hasRates) {
@@ -151,13 +152,13 @@ class Selector {
     }
 
     void Take(const io::GlonassRecord& message) {
-        const auto satellite = ToEngine({io::GnssSystem::kGlonass, message.slot});
+        const auto satellite = engine::ToEngine({io::GnssSystem::kGlonass, message.slot});
         if (!satellite) {
             result_.unnumbered.insert(io::ToString({io::GnssSystem::kGlonass, message.slot}));
             return;
         }
         ++result_.recordsRead;
-        const EngineGlonass record = ToEngineGlonass(message);
+        const engine::Glonass record = ToEngineGlonass(message);
         if (const auto reason = OutOfBounds(record)) {
             Drop(*reason);
             return;
@@ -186,22 +187,22 @@ class Selector {
                 continue;
             }
             result_.kepler.push_back(candidate.timed);
-            ++result_.taken[IndexOf(candidate.timed.record.system)];
+            ++result_.taken[engine::IndexOf(candidate.timed.record.system)];
         }
         for (const auto& [key, timed] : glonass_) {
             result_.glonass.push_back(timed);
-            ++result_.taken[IndexOf(EngineSystem::kGlonass)];
+            ++result_.taken[engine::IndexOf(engine::System::kGlonass)];
         }
     }
 
   private:
     static constexpr const char* kPreferred = "another message was preferred";
-    using Key = std::pair<EngineSatellite, io::GpsTime>;
+    using Key = std::pair<engine::Satellite, io::GpsTime>;
 
     void Drop(const std::string& reason) { ++result_.dropped[reason]; }
 
     // Whether a better message of the satellite serves the same hours.
-    bool Outranked(EngineSatellite satellite, const Candidate& candidate) const {
+    bool Outranked(engine::Satellite satellite, const Candidate& candidate) const {
         constexpr double kServes = 7200.0;  // s from the reference time
         const io::GpsTime& time = candidate.timed.reference;
         const auto begin = kepler_.lower_bound({satellite, io::Shifted(time, -kServes)});
@@ -210,7 +211,7 @@ class Selector {
                            [&](const auto& entry) { return entry.second.rank < candidate.rank; });
     }
 
-    void Offer(EngineSatellite satellite, const Candidate& candidate) {
+    void Offer(engine::Satellite satellite, const Candidate& candidate) {
         const auto [place, added] =
             kepler_.try_emplace({satellite, candidate.timed.reference}, candidate);
         if (added) {
@@ -232,8 +233,8 @@ class Selector {
 
 }  // namespace
 
-EngineKepler ToEngineKepler(const io::KeplerRecord& r, EngineSatellite satellite) {
-    EngineKepler record;
+engine::Kepler ToEngineKepler(const io::KeplerRecord& r, engine::Satellite satellite) {
+    engine::Kepler record;
     record.system = satellite.system;
     record.satId = satellite.prn;
     record.tocWeek = r.tocWeek;
@@ -271,8 +272,8 @@ EngineKepler ToEngineKepler(const io::KeplerRecord& r, EngineSatellite satellite
     return record;
 }
 
-EngineGlonass ToEngineGlonass(const io::GlonassRecord& r) {
-    EngineGlonass record;
+engine::Glonass ToEngineGlonass(const io::GlonassRecord& r) {
+    engine::Glonass record;
     record.slot = r.slot;
     record.week = r.referenceWeek;
     record.seconds = r.referenceSeconds;
@@ -289,7 +290,7 @@ EngineGlonass ToEngineGlonass(const io::GlonassRecord& r) {
     return record;
 }
 
-std::optional<std::string> OutOfBounds(const EngineKepler& r) {
+std::optional<std::string> OutOfBounds(const engine::Kepler& r) {
     for (const double value :
          {r.af0,    r.af1,        r.af2,          r.sqrtA, r.e,   r.i0,  r.omega0, r.omega, r.m0,
           r.deltaN, r.omegaDot,   r.idot,         r.crc,   r.crs, r.cuc, r.cus,    r.cic,   r.cis,
@@ -324,7 +325,7 @@ std::optional<std::string> OutOfBounds(const EngineKepler& r) {
     return std::nullopt;
 }
 
-std::optional<std::string> OutOfBounds(const EngineGlonass& r) {
+std::optional<std::string> OutOfBounds(const engine::Glonass& r) {
     for (const auto& vector : {r.position, r.velocity, r.acceleration}) {
         for (const double value : vector) {
             if (!std::isfinite(value)) {
@@ -372,14 +373,14 @@ Ephemerides SelectEphemerides(const std::vector<io::Navigation>& files, const io
     return result;
 }
 
-bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite,
+bool HasOrbit(const Ephemerides& ephemerides, engine::Satellite satellite,
               const std::vector<io::GpsTime>& times) {
     const auto reachesAny = [&times](const io::GpsTime& reference) {
         const auto first =
             std::lower_bound(times.begin(), times.end(), io::Shifted(reference, -kEphemerisReach));
         return first != times.end() && io::SecondsBetween(reference, *first) <= kEphemerisReach;
     };
-    if (satellite.system == EngineSystem::kGlonass) {
+    if (satellite.system == engine::System::kGlonass) {
         return std::any_of(
             ephemerides.glonass.begin(), ephemerides.glonass.end(), [&](const TimedGlonass& timed) {
                 return timed.record.slot == satellite.prn && reachesAny(timed.reference);

@@ -22,8 +22,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/engine.h"
 #include "io/navigation.h"
-#include "session/engine.h"
 
 namespace vornel::session {
 
@@ -35,11 +35,11 @@ inline constexpr double kBdtOffset = 14.0;  // s
 // A record with its reference time on the GPS time scale.
 struct TimedKepler {
     io::GpsTime reference;
-    EngineKepler record;
+    engine::Kepler record;
 };
 struct TimedGlonass {
     io::GpsTime reference;
-    EngineGlonass record;
+    engine::Glonass record;
 };
 
 struct Ephemerides {
@@ -48,7 +48,7 @@ struct Ephemerides {
     std::map<std::string, std::size_t> dropped;  // records left out, by reason
     std::set<std::string> unnumbered;            // satellites without place in the numbering
     std::size_t recordsRead = 0;                 // of the four systems
-    std::array<std::size_t, kEngineSystemCount> taken{};  // records handed over, by system
+    std::array<std::size_t, engine::kSystemCount> taken{};  // records handed over, by system
 
     bool Empty() const { return kepler.empty() && glonass.empty(); }
 };
@@ -58,16 +58,16 @@ Ephemerides SelectEphemerides(const std::vector<io::Navigation>& files, const io
                               const io::GpsTime& last);
 
 // Why a record cannot be handed over; nothing when it can.
-std::optional<std::string> OutOfBounds(const EngineKepler& record);
-std::optional<std::string> OutOfBounds(const EngineGlonass& record);
+std::optional<std::string> OutOfBounds(const engine::Kepler& record);
+std::optional<std::string> OutOfBounds(const engine::Glonass& record);
 
 // The record as the engine takes it. Weeks and seconds stay in the time scale of the system.
-EngineKepler ToEngineKepler(const io::KeplerRecord& record, EngineSatellite satellite);
-EngineGlonass ToEngineGlonass(const io::GlonassRecord& record);
+engine::Kepler ToEngineKepler(const io::KeplerRecord& record, engine::Satellite satellite);
+engine::Glonass ToEngineGlonass(const io::GlonassRecord& record);
 
 // Whether the engine has an orbit of the satellite at any of some times, which ascend: a usable
 // record within reach.
-bool HasOrbit(const Ephemerides& ephemerides, EngineSatellite satellite,
+bool HasOrbit(const Ephemerides& ephemerides, engine::Satellite satellite,
               const std::vector<io::GpsTime>& times);
 
 // The ionosphere coefficients that are handed over: the first complete GPS set of the files.

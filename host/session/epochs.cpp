@@ -86,9 +86,9 @@ EpochPairs PairEpochs(const io::Observations& rover, const io::Observations& bas
     return result;
 }
 
-std::vector<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
-                                              const std::vector<SignalValues>& base) {
-    std::vector<EngineSatellite> common;
+std::vector<engine::Satellite> CommonSatellites(const std::vector<SignalValues>& rover,
+                                                const std::vector<SignalValues>& base) {
+    std::vector<engine::Satellite> common;
     common.reserve(std::min(rover.size(), base.size()));
     auto other = base.begin();
     for (const SignalValues& values : rover) {
@@ -102,10 +102,10 @@ std::vector<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& r
     return common;
 }
 
-EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
-                              const std::vector<EngineSatellite>& common,
-                              std::set<EngineSatellite>& leftOut) {
-    EngineReceiverEpoch epoch;
+engine::ReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
+                                const std::vector<engine::Satellite>& common,
+                                std::set<engine::Satellite>& leftOut) {
+    engine::ReceiverEpoch epoch;
     epoch.week = time.week;
     epoch.seconds = time.seconds;
     std::size_t slot = 0;
@@ -114,7 +114,7 @@ EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalV
             if (std::binary_search(common.begin(), common.end(), value.satellite) != wanted) {
                 continue;
             }
-            if (slot == kEngineSlots) {
+            if (slot == engine::kSlots) {
                 leftOut.insert(value.satellite);
                 continue;
             }

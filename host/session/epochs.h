@@ -5,8 +5,8 @@
 #include <set>
 #include <vector>
 
+#include "engine/engine.h"
 #include "io/observations.h"
-#include "session/engine.h"
 #include "session/signals.h"
 
 namespace vornel::session {
@@ -42,13 +42,13 @@ io::GpsTime EngineTime(const io::GpsTime& rover, const io::GpsTime& base);
 
 // One receiver's slots, of at most 64 satellites. Those in `common` come first. Names of satellites
 // that found no place are put into `leftOut`.
-EngineReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
-                              const std::vector<EngineSatellite>& common,
-                              std::set<EngineSatellite>& leftOut);
+engine::ReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
+                                const std::vector<engine::Satellite>& common,
+                                std::set<engine::Satellite>& leftOut);
 
 // The satellites in both lists. These and what is given are in the order of satellites.
-std::vector<EngineSatellite> CommonSatellites(const std::vector<SignalValues>& rover,
-                                              const std::vector<SignalValues>& base);
+std::vector<engine::Satellite> CommonSatellites(const std::vector<SignalValues>& rover,
+                                                const std::vector<SignalValues>& base);
 
 // The most frequent distance of consecutive pairs in seconds, to 0.1 s; 0 with fewer than two.
 double IntervalOf(const io::Observations& rover, const std::vector<EpochPair>& pairs);

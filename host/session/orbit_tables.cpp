@@ -81,10 +81,10 @@ OrbitTables JoinOrbits(const std::vector<io::PreciseOrbits>& files) {
     }
     tables.times = WithGapsMarked(Apart(distinct));
 
-    std::map<EngineSatellite, std::map<io::GpsTime, Values>> points;
+    std::map<engine::Satellite, std::map<io::GpsTime, Values>> points;
     for (const io::PreciseOrbits& file : files) {
         for (const io::OrbitSeries& series : file.satellites) {
-            const auto satellite = ToEngine(series.satellite);
+            const auto satellite = engine::ToEngine(series.satellite);
             if (!satellite) {
                 unnumbered.insert(io::ToString(series.satellite));
                 continue;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/satellites.h"
 #include "io/precise_orbits.h"
-#include "session/satellites.h"
 
 namespace vornel::session {
 
@@ -18,7 +18,7 @@ inline constexpr std::size_t kOrbitComponents = 4;  // X, Y, Z in metres, clock 
 struct OrbitTables {
     std::vector<io::GpsTime> times;  // strictly ascending, of all files together
     // Values by satellite and component, one for each of `times`.
-    std::map<EngineSatellite, std::array<std::vector<double>, kOrbitComponents>> satellites;
+    std::map<engine::Satellite, std::array<std::vector<double>, kOrbitComponents>> satellites;
     std::vector<std::string> unnumbered;  // satellites without place in the numbering
     std::vector<std::string> frames;      // coordinate systems of the files, each once
 

@@ -88,17 +88,17 @@ std::array<double, 3> ParsePosition(Words words) {
     return xyz;
 }
 
-std::array<bool, kEngineSystemCount> ParseSystems(const std::string& text) {
-    std::array<bool, kEngineSystemCount> systems = {false, false, false, false};
+std::array<bool, engine::kSystemCount> ParseSystems(const std::string& text) {
+    std::array<bool, engine::kSystemCount> systems = {false, false, false, false};
     for (const char letter : text) {
         if (letter == ',' || letter == ' ') {
             continue;
         }
-        const auto found =
-            std::find_if(kEngineSystems.begin(), kEngineSystems.end(), [&](EngineSystem system) {
+        const auto found = std::find_if(
+            engine::kSystems.begin(), engine::kSystems.end(), [&](engine::System system) {
                 return LetterOf(system) == std::toupper(static_cast<unsigned char>(letter));
             });
-        if (found == kEngineSystems.end()) {
+        if (found == engine::kSystems.end()) {
             throw SettingError("'" + text + "': letters are G (GPS), R (GLONASS), C (BeiDou), " +
                                "E (Galileo)");
         }
@@ -272,7 +272,7 @@ SettingSpec SystemsSetting() {
             [](Settings& s, Words w) { s.systems = ParseSystems(w[0]); },
             [](const Settings& s) {
                 std::string letters;
-                for (const EngineSystem system : kEngineSystems) {
+                for (const engine::System system : engine::kSystems) {
                     if (s.systems[IndexOf(system)]) {
                         letters += LetterOf(system);
                     }
@@ -483,7 +483,7 @@ Exclusion ParseExclusion(const std::string& text) {
     Exclusion exclusion;
     exclusion.text = text;
     const std::size_t at = text.find('@');
-    const auto satellite = ParseSatellite(text.substr(0, at));
+    const auto satellite = engine::ParseSatellite(text.substr(0, at));
     if (!satellite) {
         throw SettingError("'" + text.substr(0, at) +
                            "' is no satellite; write G05, R12, C08 or E30");

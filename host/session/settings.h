@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/satellites.h"
 #include "io/gnss_time.h"
-#include "session/satellites.h"
 
 namespace vornel::session {
 
@@ -20,7 +20,7 @@ enum class EphemerisChoice { kAutomatic, kBroadcast, kPrecise };
 
 // A satellite left out, whole or between two times (GPS time, both ends inside).
 struct Exclusion {
-    EngineSatellite satellite;
+    engine::Satellite satellite;
     std::optional<io::GpsTime> start;
     std::optional<io::GpsTime> end;
     std::string text;  // as the user wrote it
@@ -35,7 +35,7 @@ struct Settings {
     double shortBaselineLimit = 10000.0;  // m
     double maxFixBaseline = 30000.0;      // m
     EphemerisChoice ephemerisSource = EphemerisChoice::kAutomatic;
-    std::array<bool, kEngineSystemCount> systems = {true, true, true, true};
+    std::array<bool, engine::kSystemCount> systems = {true, true, true, true};
     double outlierFactor = 3.5;
     double slipTestCap = 0.25;  // cycles
     double ratioThreshold = 1.8;

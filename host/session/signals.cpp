@@ -19,28 +19,28 @@ char GalileoBand(int number) {
     return kBands[static_cast<std::size_t>(number)];
 }
 
-char BandOf(EngineSystem system, std::size_t frequency, GalileoSignals galileo) {
+char BandOf(engine::System system, std::size_t frequency, GalileoSignals galileo) {
     switch (system) {
-        case EngineSystem::kGps:
-        case EngineSystem::kGlonass:
+        case engine::System::kGps:
+        case engine::System::kGlonass:
             return frequency == 0 ? '1' : '2';
-        case EngineSystem::kBds:
+        case engine::System::kBds:
             return frequency == 0 ? '2' : '7';
-        case EngineSystem::kGalileo:
+        case engine::System::kGalileo:
             return GalileoBand(frequency == 0 ? galileo.first : galileo.second);
     }
     return ' ';
 }
 
-std::string_view PreferenceOf(EngineSystem system, char band) {
+std::string_view PreferenceOf(engine::System system, char band) {
     switch (system) {
-        case EngineSystem::kGps:
+        case engine::System::kGps:
             return band == '1' ? "CWPYLSXMND" : "WPYXLSCMND";
-        case EngineSystem::kGlonass:
+        case engine::System::kGlonass:
             return "CP";
-        case EngineSystem::kBds:
+        case engine::System::kBds:
             return "IQXDPZ";
-        case EngineSystem::kGalileo:
+        case engine::System::kGalileo:
             return band == '1' || band == '6' ? "CXBAZ" : "QXI";
     }
     return "";
@@ -89,7 +89,7 @@ bool InPhaseBounds(double value) {
 
 // The tracking codes of a band at a receiver, with their counts and names.
 std::map<char, TrackedSignal> TrackedOnBand(const io::Observations& observations,
-                                            EngineSystem system, char band) {
+                                            engine::System system, char band) {
     std::map<char, TrackedSignal> tracked;
     const bool anyPhase = observations.version < kRinexWithPhaseCodes;
     const auto formatSystem = FormatSystemOf(system);
@@ -157,7 +157,7 @@ std::optional<TrackedSignal> PreferredOf(const std::map<char, TrackedSignal>& tr
 }
 
 SignalPair ChooseOnBand(const io::Observations& rover, const io::Observations& base,
-                        EngineSystem system, char band) {
+                        engine::System system, char band) {
     const auto ofRover = TrackedOnBand(rover, system, band);
     const auto ofBase = TrackedOnBand(base, system, band);
     const std::string_view preference = PreferenceOf(system, band);
@@ -184,9 +184,9 @@ const char* GalileoSignalName(int number) {
 SignalChoice ChooseSignals(const io::Observations& rover, const io::Observations& base,
                            GalileoSignals galileo) {
     SignalChoice choice;
-    for (const EngineSystem system : kEngineSystems) {
+    for (const engine::System system : engine::kSystems) {
         for (std::size_t f = 0; f < kFrequencies; ++f) {
-            choice[IndexOf(system)][f] =
+            choice[engine::IndexOf(system)][f] =
                 ChooseOnBand(rover, base, system, BandOf(system, f, galileo));
         }
     }
@@ -197,7 +197,7 @@ int SecondGalileoSignal(const io::Observations& rover, const io::Observations& b
     constexpr std::array<int, 5> kOrder = {2, 3, 4, 5, 1};  // E5a, E5b, E5, E6, E1
     for (const int number : kOrder) {
         if (number != first &&
-            ChooseOnBand(rover, base, EngineSystem::kGalileo, GalileoBand(number)).Usable()) {
+            ChooseOnBand(rover, base, engine::System::kGalileo, GalileoBand(number)).Usable()) {
             return number;
         }
     }
@@ -209,18 +209,18 @@ SignalReader::SignalReader(const io::Observations& observations, const SignalCho
     : observations_(observations), columns_(observations.signalTables.size()) {
     const bool anyPhase = observations.version < kRinexWithPhaseCodes;
     for (std::size_t t = 0; t < columns_.size(); ++t) {
-        for (const EngineSystem system : kEngineSystems) {
+        for (const engine::System system : engine::kSystems) {
             const auto& signals =
                 observations.signalTables[t][static_cast<std::size_t>(FormatSystemOf(system))];
             for (std::size_t f = 0; f < kFrequencies; ++f) {
-                const SignalPair& pair = choice[IndexOf(system)][f];
+                const SignalPair& pair = choice[engine::IndexOf(system)][f];
                 const auto& chosen = rover ? pair.rover : pair.base;
                 if (!pair.Usable() || !chosen) {
                     continue;
                 }
                 const ColumnPair found =
                     FindColumns(signals, chosen->band, chosen->attribute, anyPhase);
-                columns_[t][IndexOf(system)][f] = {found.code, found.phase};
+                columns_[t][engine::IndexOf(system)][f] = {found.code, found.phase};
             }
         }
     }
@@ -231,13 +231,13 @@ std::vector<SignalValues> SignalReader::Read(const io::ObservationEpoch& epoch,
     const auto rows = observations_.SatellitesOf(epoch);
     std::vector<SignalValues> list;
     list.reserve(rows.size());
-    std::bitset<kHighestSatelliteNumber + 1> seen;
+    std::bitset<engine::kHighestSatelliteNumber + 1> seen;
     for (const io::SatelliteRow& row : rows) {
-        const auto satellite = ToEngine(row.satellite);
+        const auto satellite = engine::ToEngine(row.satellite);
         if (!satellite) {
             continue;
         }
-        const auto number = static_cast<std::size_t>(NumberAcrossSystems(*satellite));
+        const auto number = static_cast<std::size_t>(engine::NumberAcrossSystems(*satellite));
         if (seen.test(number)) {
             continue;
         }
@@ -246,7 +246,8 @@ std::vector<SignalValues> SignalReader::Read(const io::ObservationEpoch& epoch,
         values.satellite = *satellite;
         bool any = false;
         for (std::size_t f = 0; f < kFrequencies; ++f) {
-            const Columns& columns = columns_[row.signalTable][IndexOf(satellite->system)][f];
+            const Columns& columns =
+                columns_[row.signalTable][engine::IndexOf(satellite->system)][f];
             const double code = columns.code ? observations_.Value(row, *columns.code) : NAN;
             const double phase = columns.phase ? observations_.Value(row, *columns.phase) : NAN;
             if (InCodeBounds(code)) {

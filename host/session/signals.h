@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "engine/satellites.h"
 #include "io/observations.h"
-#include "session/satellites.h"
 
 namespace vornel::session {
 
@@ -46,7 +46,7 @@ struct SignalPair {
 };
 
 // [system index][0 first, 1 second frequency]
-using SignalChoice = std::array<std::array<SignalPair, kFrequencies>, kEngineSystemCount>;
+using SignalChoice = std::array<std::array<SignalPair, kFrequencies>, engine::kSystemCount>;
 
 // Galileo signals by the engine's numbers.
 struct GalileoSignals {
@@ -67,7 +67,7 @@ int SecondGalileoSignal(const io::Observations& rover, const io::Observations& b
 // The values of the chosen signals of one satellite at one epoch; 0.0 where absent or out of the
 // engine's bounds (code 1e6 to 1e9 m, phase finite and below 1e12 cycles).
 struct SignalValues {
-    EngineSatellite satellite;
+    engine::Satellite satellite;
     std::array<double, kFrequencies> code{};   // m
     std::array<double, kFrequencies> phase{};  // cycles
 };
@@ -95,7 +95,7 @@ class SignalReader {
     };
     const io::Observations& observations_;
     // [signal table][system index][frequency]
-    std::vector<std::array<std::array<Columns, kFrequencies>, kEngineSystemCount>> columns_;
+    std::vector<std::array<std::array<Columns, kFrequencies>, engine::kSystemCount>> columns_;
 };
 
 }  // namespace vornel::session

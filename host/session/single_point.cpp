@@ -11,20 +11,20 @@ namespace {
 
 constexpr double kSpeedOfLight = 299792458.0;   // m/s
 constexpr double kRotationRate = 7.2921151e-5;  // rad/s
-constexpr std::size_t kUnknowns = 3 + kEngineSystemCount;
+constexpr std::size_t kUnknowns = 3 + engine::kSystemCount;
 
 // Carrier frequencies in Hz (interface documents of the systems); of GLONASS their ratio alone.
-double Frequency(EngineSystem system, std::size_t f, GalileoSignals galileo) {
+double Frequency(engine::System system, std::size_t f, GalileoSignals galileo) {
     constexpr std::array<double, 6> kGalileo = {0.0,       1575.42e6,  1176.45e6,
                                                 1207.14e6, 1191.795e6, 1278.75e6};
     switch (system) {
-        case EngineSystem::kGps:
+        case engine::System::kGps:
             return f == 0 ? 1575.42e6 : 1227.60e6;
-        case EngineSystem::kBds:
+        case engine::System::kBds:
             return f == 0 ? 1561.098e6 : 1207.14e6;
-        case EngineSystem::kGalileo:
+        case engine::System::kGalileo:
             return kGalileo[static_cast<std::size_t>(f == 0 ? galileo.first : galileo.second)];
-        case EngineSystem::kGlonass:
+        case engine::System::kGlonass:
             return f == 0 ? 9.0 : 7.0;  // their ratio is that of every channel
     }
     return 0.0;
@@ -127,7 +127,7 @@ std::vector<Ray> RaysOf(const std::vector<SignalValues>& values, const io::GpsTi
 std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values, const io::GpsTime& time,
                                    const Ephemerides& ephemerides, GalileoSignals galileo) {
     const std::vector<Ray> rays = RaysOf(values, time, ephemerides, galileo);
-    std::array<bool, kEngineSystemCount> present{};
+    std::array<bool, engine::kSystemCount> present{};
     for (const Ray& ray : rays) {
         present[ray.system] = true;
     }
@@ -136,7 +136,7 @@ std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values, cons
         return std::nullopt;
     }
     Vector3 position{};
-    std::array<double, kEngineSystemCount> clocks{};  // m
+    std::array<double, engine::kSystemCount> clocks{};  // m
     constexpr int kPasses = 12;
     for (int pass = 0; pass < kPasses; ++pass) {
         const bool nearSurface = Length(position) > 6.0e6;
@@ -170,7 +170,7 @@ std::optional<Vector3> FixOneEpoch(const std::vector<SignalValues>& values, cons
         for (std::size_t i = 0; i < 3; ++i) {
             position[i] += change[i];
         }
-        for (std::size_t i = 0; i < kEngineSystemCount; ++i) {
+        for (std::size_t i = 0; i < engine::kSystemCount; ++i) {
             clocks[i] += change[3 + i];
         }
         if (std::hypot(change[0], change[1], change[2]) < 1e-3) {

@@ -310,7 +310,7 @@ void SetQuery(Result (*&field)(Arguments...)) {
     field = &Query<kQuery, Result, Arguments...>;
 }
 
-void SetQueries(session::EngineApi& api) {
+void SetQueries(engine::Api& api) {
     SetQuery<&::GetSolveResultsBaseData>(api.getSolveResultsBaseData);
     SetQuery<&::GetTripDiffSol>(api.getTripDiffSol);
     SetQuery<&::GetFloatSolNum>(api.getFloatSolNum);
@@ -345,10 +345,10 @@ void Forbid(Result (*&field)(Arguments...)) {
 
 }  // namespace
 
-session::EngineApi CheckingEngine(bool solve) {
+engine::Api CheckingEngine(bool solve) {
     state = State();
     state.solve = solve;
-    session::EngineApi api;
+    engine::Api api;
     api.createBLProcess = &Create;
     api.createBLProcessWithTrace = &CreateWithTrace;
     api.diposeProcess = &Dispose;

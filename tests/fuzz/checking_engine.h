@@ -2,13 +2,13 @@
 // calls and to the range of each argument. A breach is a finding.
 #pragma once
 
-#include "session/engine.h"
+#include "engine/engine.h"
 
 namespace vornel::fuzz {
 
 // `solve`: hand the calls on to the engine, and let it run; else set-up functions answer 1, a run
 // status 10, and queries nothing. One at a time: making one forgets the calls of the last.
-session::EngineApi CheckingEngine(bool solve);
+engine::Api CheckingEngine(bool solve);
 
 // How many epochs and orbit records have reached the one in force.
 struct HandedOver {

@@ -16,11 +16,11 @@ namespace vornel::fuzz {
 namespace {
 
 using namespace contract;
-using session::EngineConfig;
-using session::EngineGlonass;
-using session::EngineKepler;
-using session::EngineReceiverEpoch;
-using session::EngineSystem;
+using engine::Config;
+using engine::Glonass;
+using engine::Kepler;
+using engine::ReceiverEpoch;
+using engine::System;
 
 constexpr double kAnything = std::numeric_limits<double>::max();
 const double kAboveOutlier = std::nextafter(kOutlierAbove, 10.0);
@@ -32,57 +32,57 @@ struct RealField {
     double low, high;
 };
 
-const RealField<EngineConfig> kConfigReals[] = {
-    {&EngineConfig::elevationMask, 0.0, kMostMask},
-    {&EngineConfig::samplingInterval, kAboveZero, kAnything},
-    {&EngineConfig::shortBaselineLimit, -kAnything, kAnything},
-    {&EngineConfig::maxFixBaseline, -kAnything, kAnything},
-    {&EngineConfig::outlierFactor, kAboveOutlier, kAnything},
-    {&EngineConfig::slipTestCap, -kAnything, kAnything},
-    {&EngineConfig::ratioThreshold, -kAnything, kAnything},
-    {&EngineConfig::reservedLimitA, -kAnything, kAnything},
-    {&EngineConfig::reservedLimitB, -kAnything, kAnything},
-    {&EngineConfig::codeStd, -kAnything, kAnything},
-    {&EngineConfig::phaseStd, -kAnything, kAnything},
-    {&EngineConfig::periodLength, -kAnything, kAnything},
-    {&EngineConfig::pressure, -kAnything, kAnything},
-    {&EngineConfig::temperature, -kAnything, kAnything},
-    {&EngineConfig::humidity, -kAnything, kAnything},
+const RealField<engine::Config> kConfigReals[] = {
+    {&engine::Config::elevationMask, 0.0, kMostMask},
+    {&engine::Config::samplingInterval, kAboveZero, kAnything},
+    {&engine::Config::shortBaselineLimit, -kAnything, kAnything},
+    {&engine::Config::maxFixBaseline, -kAnything, kAnything},
+    {&engine::Config::outlierFactor, kAboveOutlier, kAnything},
+    {&engine::Config::slipTestCap, -kAnything, kAnything},
+    {&engine::Config::ratioThreshold, -kAnything, kAnything},
+    {&engine::Config::reservedLimitA, -kAnything, kAnything},
+    {&engine::Config::reservedLimitB, -kAnything, kAnything},
+    {&engine::Config::codeStd, -kAnything, kAnything},
+    {&engine::Config::phaseStd, -kAnything, kAnything},
+    {&engine::Config::periodLength, -kAnything, kAnything},
+    {&engine::Config::pressure, -kAnything, kAnything},
+    {&engine::Config::temperature, -kAnything, kAnything},
+    {&engine::Config::humidity, -kAnything, kAnything},
 };
 
-int EngineConfig::*const kConfigInts[] = {&EngineConfig::slvmode,    &EngineConfig::ephemerisSource,
-                                          &EngineConfig::tropoModel, &EngineConfig::reservedMode,
-                                          &EngineConfig::galFreq1,   &EngineConfig::galFreq2};
+int engine::Config::*const kConfigInts[] = {
+    &engine::Config::slvmode,      &engine::Config::ephemerisSource, &engine::Config::tropoModel,
+    &engine::Config::reservedMode, &engine::Config::galFreq1,        &engine::Config::galFreq2};
 
-const RealField<EngineKepler> kKeplerReals[] = {
-    {&EngineKepler::af0, -kMostClock, kMostClock},
-    {&EngineKepler::af1, -kMostClockDrift, kMostClockDrift},
-    {&EngineKepler::af2, -kMostClockAging, kMostClockAging},
-    {&EngineKepler::sqrtA, kLeastSqrtA, kMostSqrtA},
-    {&EngineKepler::e, 0.0, kMostEccentricity},
-    {&EngineKepler::i0, -kMostAngle, kMostAngle},
-    {&EngineKepler::omega0, -kMostAngle, kMostAngle},
-    {&EngineKepler::omega, -kMostAngle, kMostAngle},
-    {&EngineKepler::m0, -kMostAngle, kMostAngle},
-    {&EngineKepler::cuc, -kMostAngle, kMostAngle},
-    {&EngineKepler::cus, -kMostAngle, kMostAngle},
-    {&EngineKepler::cic, -kMostAngle, kMostAngle},
-    {&EngineKepler::cis, -kMostAngle, kMostAngle},
-    {&EngineKepler::deltaN, -kMostRate, kMostRate},
-    {&EngineKepler::omegaDot, -kMostRate, kMostRate},
-    {&EngineKepler::idot, -kMostRate, kMostRate},
-    {&EngineKepler::crc, -kAnything, kAnything},
-    {&EngineKepler::crs, -kAnything, kAnything},
-    {&EngineKepler::iodc, -kAnything, kAnything},
-    {&EngineKepler::transmitTime, -kAnything, kAnything},
-    {&EngineKepler::accuracy, -kAnything, kAnything},
-    {&EngineKepler::tgd, -kAnything, kAnything},
-    {&EngineKepler::tgd2, -kAnything, kAnything},
+const RealField<engine::Kepler> kKeplerReals[] = {
+    {&engine::Kepler::af0, -kMostClock, kMostClock},
+    {&engine::Kepler::af1, -kMostClockDrift, kMostClockDrift},
+    {&engine::Kepler::af2, -kMostClockAging, kMostClockAging},
+    {&engine::Kepler::sqrtA, kLeastSqrtA, kMostSqrtA},
+    {&engine::Kepler::e, 0.0, kMostEccentricity},
+    {&engine::Kepler::i0, -kMostAngle, kMostAngle},
+    {&engine::Kepler::omega0, -kMostAngle, kMostAngle},
+    {&engine::Kepler::omega, -kMostAngle, kMostAngle},
+    {&engine::Kepler::m0, -kMostAngle, kMostAngle},
+    {&engine::Kepler::cuc, -kMostAngle, kMostAngle},
+    {&engine::Kepler::cus, -kMostAngle, kMostAngle},
+    {&engine::Kepler::cic, -kMostAngle, kMostAngle},
+    {&engine::Kepler::cis, -kMostAngle, kMostAngle},
+    {&engine::Kepler::deltaN, -kMostRate, kMostRate},
+    {&engine::Kepler::omegaDot, -kMostRate, kMostRate},
+    {&engine::Kepler::idot, -kMostRate, kMostRate},
+    {&engine::Kepler::crc, -kAnything, kAnything},
+    {&engine::Kepler::crs, -kAnything, kAnything},
+    {&engine::Kepler::iodc, -kAnything, kAnything},
+    {&engine::Kepler::transmitTime, -kAnything, kAnything},
+    {&engine::Kepler::accuracy, -kAnything, kAnything},
+    {&engine::Kepler::tgd, -kAnything, kAnything},
+    {&engine::Kepler::tgd2, -kAnything, kAnything},
 };
 
-int EngineKepler::*const kKeplerInts[] = {&EngineKepler::iode, &EngineKepler::l2Codes,
-                                          &EngineKepler::health, &EngineKepler::l2PFlag,
-                                          &EngineKepler::fitInterval};
+int engine::Kepler::*const kKeplerInts[] = {&engine::Kepler::iode, &engine::Kepler::l2Codes,
+                                            &engine::Kepler::health, &engine::Kepler::l2PFlag,
+                                            &engine::Kepler::fitInterval};
 
 // Most changes are small, so that they meet the limits of the engine's own decisions.
 double Changed(ByteSource& bytes, double value, double low, double high) {
@@ -120,8 +120,8 @@ void ChangeTime(ByteSource& bytes, int& week, double& seconds) {
 }
 
 struct Exclusions {
-    std::vector<session::EngineSatellite> pairs;  // system and number may be none of the engine's
-    std::vector<session::EngineSatellite> added;
+    std::vector<engine::Satellite> pairs;  // system and number may be none of the engine's
+    std::vector<engine::Satellite> added;
 };
 
 class Calls {
@@ -196,7 +196,7 @@ class Calls {
     }
 
     void ChangeConfig() {
-        EngineConfig& c = session_.config;
+        engine::Config& c = session_.config;
         const std::size_t which = bytes_.Index(32);
         if (which < std::size(kConfigReals)) {
             const auto& [field, low, high] = kConfigReals[which];
@@ -220,7 +220,7 @@ class Calls {
     }
 
     void ChangeStations() {
-        session::EngineStation& station = bytes_.Flag() ? session_.rover : session_.base;
+        engine::Station& station = bytes_.Flag() ? session_.rover : session_.base;
         switch (bytes_.Byte() % 6) {
             case 0:
                 station.height = Changed(bytes_, station.height, -kAnything, kAnything);
@@ -251,7 +251,7 @@ class Calls {
     }
 
     void ChangeKepler() {
-        EngineKepler& record = OneOf(session_.kepler);
+        engine::Kepler& record = OneOf(session_.kepler);
         const std::size_t which = bytes_.Index(40);
         if (which < std::size(kKeplerReals)) {
             const auto& [field, low, high] = kKeplerReals[which];
@@ -263,7 +263,7 @@ class Calls {
         } else if (which < 34) {
             ChangeTime(bytes_, record.tocWeek, record.tocSeconds);
         } else if (which < 36) {
-            const EngineKepler copy = record;
+            const engine::Kepler copy = record;
             session_.kepler.push_back(copy);
         } else if (which < 38) {
             session_.kepler.erase(
@@ -278,7 +278,7 @@ class Calls {
     }
 
     void ChangeGlonass() {
-        EngineGlonass& record = OneOf(session_.glonass);
+        engine::Glonass& record = OneOf(session_.glonass);
         switch (bytes_.Byte() % 12) {
             case 0:
                 record.clockBias = Changed(bytes_, record.clockBias, -kMostClock, kMostClock);
@@ -319,7 +319,7 @@ class Calls {
                 record.slot = bytes_.Int(1, 32);
                 break;
             case 10: {
-                const EngineGlonass copy = record;
+                const engine::Glonass copy = record;
                 session_.glonass.push_back(copy);
                 break;
             }
@@ -328,7 +328,7 @@ class Calls {
         }
     }
 
-    void ChangeGlonassPosition(EngineGlonass& record) {
+    void ChangeGlonassPosition(engine::Glonass& record) {
         std::array<double, 3> changed = record.position;
         double& coordinate = changed[bytes_.Index(3)];
         coordinate = Changed(bytes_, coordinate, -kMostGlonassRadius, kMostGlonassRadius);
@@ -353,7 +353,7 @@ class Calls {
                 table.component = bytes_.AnyInt();
                 break;
             case 2:
-                table.satellite = {static_cast<EngineSystem>(bytes_.Int(0, 9)), bytes_.AnyInt()};
+                table.satellite = {static_cast<engine::System>(bytes_.Int(0, 9)), bytes_.AnyInt()};
                 break;
             case 3:
                 table.weeks.resize(i);
@@ -384,11 +384,11 @@ class Calls {
         if (!orbitsToo) {
             return;
         }
-        for (EngineKepler& record : session_.kepler) {
+        for (engine::Kepler& record : session_.kepler) {
             move(record.toeWeek, record.toe);
             move(record.tocWeek, record.tocSeconds);
         }
-        for (EngineGlonass& record : session_.glonass) {
+        for (engine::Glonass& record : session_.glonass) {
             move(record.week, record.seconds);
         }
     }
@@ -409,7 +409,7 @@ class Calls {
         }
     }
 
-    EngineReceiverEpoch& Receiver(std::size_t e, bool rover) {
+    engine::ReceiverEpoch& Receiver(std::size_t e, bool rover) {
         return rover ? session_.epochs[e].rover : session_.epochs[e].base;
     }
 
@@ -422,7 +422,7 @@ class Calls {
         const std::size_t slot = bytes_.Index(20);
         const std::size_t what = bytes_.Index(6);
         for (std::size_t e = first; e < last; ++e) {
-            EngineReceiverEpoch& epoch = Receiver(e, rover);
+            engine::ReceiverEpoch& epoch = Receiver(e, rover);
             if (what == 0) {
                 epoch.satellites[slot] = 0;
             }
@@ -434,7 +434,7 @@ class Calls {
         }
     }
 
-    static std::array<std::array<double, 64>*, 4> Arrays(EngineReceiverEpoch& epoch) {
+    static std::array<std::array<double, 64>*, 4> Arrays(engine::ReceiverEpoch& epoch) {
         return {&epoch.code1, &epoch.code2, &epoch.phase1, &epoch.phase2};
     }
 
@@ -446,7 +446,7 @@ class Calls {
         const double cycles =
             bytes_.Flag() ? bytes_.Int(-20, 20) : bytes_.Within(-kMostPhase / 2, kMostPhase / 2);
         for (std::size_t e = first; e < session_.epochs.size(); ++e) {
-            EngineReceiverEpoch& epoch = Receiver(e, rover);
+            engine::ReceiverEpoch& epoch = Receiver(e, rover);
             double& phase = (second ? epoch.phase2 : epoch.phase1)[slot];
             if (phase != 0.0 && IsWithin(phase + cycles, kMostPhase)) {
                 phase += cycles;
@@ -455,7 +455,8 @@ class Calls {
     }
 
     void ChangeObservation() {
-        EngineReceiverEpoch& epoch = Receiver(bytes_.Index(session_.epochs.size()), bytes_.Flag());
+        engine::ReceiverEpoch& epoch =
+            Receiver(bytes_.Index(session_.epochs.size()), bytes_.Flag());
         const std::size_t slot = bytes_.Index(64);
         const std::size_t which = bytes_.Index(5);
         if (which == 4) {
@@ -495,7 +496,7 @@ class Calls {
             HandOverConfig();
         }
         if (stationsGiven_) {
-            session::EngineStation r = session_.rover, b = session_.base;
+            engine::Station r = session_.rover, b = session_.base;
             FUZZ_REQUIRE(InputAntCorrData(r.xyz.data(), r.offset1.data(), r.offset2.data(),
                                           r.height, b.xyz.data(), b.offset1.data(),
                                           b.offset2.data(), b.height) == 1);
@@ -515,7 +516,7 @@ class Calls {
     }
 
     void HandOverConfig() {
-        EngineConfig c = session_.config;
+        engine::Config c = session_.config;
         FUZZ_REQUIRE(InputSolveConfig(c.slvmode, c.elevationMask, c.samplingInterval, c.minEpochs,
                                       c.shortBaselineLimit, c.maxFixBaseline, c.ephemerisSource,
                                       c.systems.data(), c.outlierFactor, c.slipTestCap,
@@ -527,11 +528,11 @@ class Calls {
     }
 
     void HandOverOrbits() {
-        session::Engine engine;  // creates nothing, so that it disposes of nothing
-        for (const EngineKepler& record : session_.kepler) {
+        engine::Engine engine;  // creates nothing, so that it disposes of nothing
+        for (const engine::Kepler& record : session_.kepler) {
             engine.AddKepler(record);
         }
-        for (const EngineGlonass& record : session_.glonass) {
+        for (const engine::Glonass& record : session_.glonass) {
             engine.AddGlonass(record);
         }
         for (const PreciseTable& table : session_.precise) {
@@ -590,7 +591,7 @@ class Calls {
 
     void AddTrack() {
         const int count = bytes_.Int(-1, 4);
-        const EngineReceiverEpoch& around = MadeUpSession().epochs.front().base;
+        const engine::ReceiverEpoch& around = MadeUpSession().epochs.front().base;
         std::vector<int> weeks;
         std::vector<double> seconds;
         // The span itself first, then the gaps.

@@ -13,8 +13,10 @@
 #include "made_up_session.h"
 #include "require.h"
 #include "session/fault.h"
-#include "session/session.h"
-#include "session/sky.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/preparation.h"
+#include "solve/sky.h"
 
 namespace vornel::fuzz {
 namespace {
@@ -419,15 +421,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Damage damage(bytes);
     try {
         const session::Session session =
-            session::PrepareSession(std::move(damage.inputs), std::move(damage.settings));
-        session::Engine engine(fuzz::CheckingEngine(damage.solve));
-        const session::FeedSummary fed = session::Feed(session, engine, {});
+            solve::PrepareSession(std::move(damage.inputs), std::move(damage.settings));
+        engine::Engine engine(fuzz::CheckingEngine(damage.solve));
+        const solve::FeedSummary fed = solve::Feed(session, engine, {});
         FUZZ_REQUIRE(fed.epochs == fuzz::CallsSoFar().epochs && fed.epochs > 0);
-        const session::RunOutcome outcome = session::Run(session, engine);
+        const solve::RunOutcome outcome = solve::Run(session, engine);
         FUZZ_REQUIRE(size > 0 || fed.epochs == fuzz::kMadeUpEpochs);
         FUZZ_REQUIRE((outcome.Best() == nullptr) ==
-                     (outcome.acceptance == session::Acceptance::kNone));
-        session::SkyTracks(session, fed, 60.0);
+                     (outcome.acceptance == solve::Acceptance::kNone));
+        solve::SkyTracks(session, fed, 60.0);
     } catch (const session::SessionFault&) {
         FUZZ_REQUIRE(size > 0);
     }

@@ -10,8 +10,8 @@
 namespace vornel::fuzz {
 namespace {
 
-using session::EngineSatellite;
-using session::EngineSystem;
+using engine::Satellite;
+using engine::System;
 
 simulation::Session Simulated() {
     simulation::Scenario scenario;
@@ -29,14 +29,14 @@ const simulation::Session& Simulation() {
     return session;
 }
 
-EngineSatellite SatelliteOf(int number) {
-    EngineSatellite satellite;
-    satellite.system = static_cast<EngineSystem>(SplitSatNumber(number, &satellite.prn));
+engine::Satellite SatelliteOf(int number) {
+    engine::Satellite satellite;
+    satellite.system = static_cast<engine::System>(SplitSatNumber(number, &satellite.prn));
     return satellite;
 }
 
-session::EngineReceiverEpoch ToEngine(const simulation::ReceiverRecord& record) {
-    session::EngineReceiverEpoch epoch;
+engine::ReceiverEpoch ToEngine(const simulation::ReceiverRecord& record) {
+    engine::ReceiverEpoch epoch;
     epoch.week = record.week;
     epoch.seconds = record.seconds;
     epoch.satellites = record.satellites;
@@ -47,8 +47,8 @@ session::EngineReceiverEpoch ToEngine(const simulation::ReceiverRecord& record) 
     return epoch;
 }
 
-session::EngineKepler ToEngine(const KeplerEphemeris& k, EngineSystem system) {
-    session::EngineKepler r;
+engine::Kepler ToEngine(const KeplerEphemeris& k, engine::System system) {
+    engine::Kepler r;
     r.system = system;
     r.satId = k.satId;
     r.tocWeek = k.tocWeek;
@@ -76,8 +76,8 @@ session::EngineKepler ToEngine(const KeplerEphemeris& k, EngineSystem system) {
     return r;
 }
 
-session::EngineGlonass ToEngine(const GlonassEphemeris& g) {
-    session::EngineGlonass r;
+engine::Glonass ToEngine(const GlonassEphemeris& g) {
+    engine::Glonass r;
     r.slot = g.slot;
     g.refEpoch.ToWeekSeconds(r.week, r.seconds);
     r.tbSeconds = g.tbSeconds;
@@ -99,8 +99,8 @@ constexpr double kTableStep = 900.0;  // s
 std::vector<PreciseTable> TablesOf(const simulation::Session& s) {
     std::vector<PreciseTable> tables;
     for (const int number : s.satellites) {
-        const EngineSatellite satellite = SatelliteOf(number);
-        if (satellite.system == EngineSystem::kGlonass) {
+        const engine::Satellite satellite = SatelliteOf(number);
+        if (satellite.system == engine::System::kGlonass) {
             continue;
         }
         for (int component = 0; component < 4; ++component) {
@@ -127,8 +127,8 @@ EngineSession MakeSession() {
     made.rover.xyz = {s.roverApproximate.X, s.roverApproximate.Y, s.roverApproximate.Z};
     made.base.xyz = {s.base.X, s.base.Y, s.base.Z};
     const std::set<int> observed(s.satellites.begin(), s.satellites.end());
-    for (const EngineSystem system :
-         {EngineSystem::kGps, EngineSystem::kBds, EngineSystem::kGalileo}) {
+    for (const engine::System system :
+         {engine::System::kGps, engine::System::kBds, engine::System::kGalileo}) {
         const int code = static_cast<int>(system);
         for (const KeplerEphemeris& record : s.sky.keplerRecords(code)) {
             if (observed.contains(MakeSatNumber(code, record.satId))) {
@@ -158,19 +158,19 @@ constexpr const char* kColumns[4][4] = {{"C1C", "L1C", "C2W", "L2W"},
 
 io::SignalTable Signals() {
     io::SignalTable table;
-    for (const EngineSystem system : session::kEngineSystems) {
-        auto& signals = table[static_cast<std::size_t>(session::FormatSystemOf(system))];
-        for (const char* name : kColumns[session::IndexOf(system)]) {
+    for (const engine::System system : engine::kSystems) {
+        auto& signals = table[static_cast<std::size_t>(engine::FormatSystemOf(system))];
+        for (const char* name : kColumns[engine::IndexOf(system)]) {
             signals.push_back({{name[0], name[1], name[2]}, name});
         }
     }
     return table;
 }
 
-void AddRow(io::Observations& observations, EngineSatellite satellite,
+void AddRow(io::Observations& observations, engine::Satellite satellite,
             const std::array<double, 4>& values) {
     io::SatelliteRow row;
-    row.satellite = {session::FormatSystemOf(satellite.system),
+    row.satellite = {engine::FormatSystemOf(satellite.system),
                      static_cast<std::uint8_t>(satellite.prn)};
     row.firstValue = static_cast<std::uint32_t>(observations.values.size());
     for (const double value : values) {
@@ -194,12 +194,12 @@ io::Observations ToObservations(bool rover) {
     observations.stations.push_back(header);
     observations.signalTables.push_back(Signals());
     for (const EpochOfTwo& both : made.epochs) {
-        const session::EngineReceiverEpoch& given = rover ? both.rover : both.base;
+        const engine::ReceiverEpoch& given = rover ? both.rover : both.base;
         io::ObservationEpoch epoch;
         epoch.time = {given.week, given.seconds};
         epoch.firstSatellite = static_cast<std::uint32_t>(observations.satellites.size());
         observations.epochs.push_back(epoch);
-        for (std::size_t s = 0; s < session::kEngineSlots; ++s) {
+        for (std::size_t s = 0; s < engine::kSlots; ++s) {
             if (given.satellites[s] != 0) {
                 AddRow(observations, SatelliteOf(given.satellites[s]),
                        {given.code1[s], given.phase1[s], given.code2[s], given.phase2[s]});
@@ -211,9 +211,9 @@ io::Observations ToObservations(bool rover) {
     return observations;
 }
 
-io::KeplerRecord ToRecord(const session::EngineKepler& k) {
+io::KeplerRecord ToRecord(const engine::Kepler& k) {
     io::KeplerRecord r;
-    r.satellite = {session::FormatSystemOf(k.system), static_cast<std::uint8_t>(k.satId)};
+    r.satellite = {engine::FormatSystemOf(k.system), static_cast<std::uint8_t>(k.satId)};
     r.tocWeek = k.tocWeek;
     r.tocSeconds = k.tocSeconds;
     r.af0 = k.af0;
@@ -239,7 +239,7 @@ io::KeplerRecord ToRecord(const session::EngineKepler& k) {
     return r;
 }
 
-io::GlonassRecord ToRecord(const session::EngineGlonass& g) {
+io::GlonassRecord ToRecord(const engine::Glonass& g) {
     io::GlonassRecord r;
     r.slot = static_cast<std::uint8_t>(g.slot);
     r.referenceWeek = g.week;
@@ -264,7 +264,7 @@ io::PreciseOrbits ToOrbits(const std::vector<PreciseTable>& tables) {
         orbits.epochs.push_back({tables.front().weeks[i], tables.front().seconds[i]});
     }
     for (const PreciseTable& table : tables) {
-        const io::SatelliteId id = {session::FormatSystemOf(table.satellite.system),
+        const io::SatelliteId id = {engine::FormatSystemOf(table.satellite.system),
                                     static_cast<std::uint8_t>(table.satellite.prn)};
         if (table.component == 0) {
             orbits.satellites.push_back({id, {}});
@@ -302,10 +302,10 @@ session::Inputs MakeInputs() {
     io::Navigation navigation;
     navigation.file = "navigation";
     navigation.version = 3.04;
-    for (const session::EngineKepler& record : made.kepler) {
+    for (const engine::Kepler& record : made.kepler) {
         navigation.kepler.push_back(ToRecord(record));
     }
-    for (const session::EngineGlonass& record : made.glonass) {
+    for (const engine::Glonass& record : made.glonass) {
         navigation.glonass.push_back(ToRecord(record));
     }
     io::IonosphereSet ionosphere;

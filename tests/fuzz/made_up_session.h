@@ -5,7 +5,7 @@
 
 #include <vector>
 
-#include "session/engine.h"
+#include "engine/engine.h"
 #include "session/inputs.h"
 
 namespace vornel::fuzz {
@@ -13,22 +13,22 @@ namespace vornel::fuzz {
 inline constexpr int kMadeUpEpochs = 12;
 
 struct EpochOfTwo {
-    session::EngineReceiverEpoch rover, base;
+    engine::ReceiverEpoch rover, base;
 };
 
 // A component of a satellite as InputOneSatPreEphValue takes it.
 struct PreciseTable {
     int component = 0;
-    session::EngineSatellite satellite;
+    engine::Satellite satellite;
     std::vector<int> weeks;
     std::vector<double> seconds, values;
 };
 
 struct EngineSession {
-    session::EngineConfig config;
-    session::EngineStation rover, base;
-    std::vector<session::EngineKepler> kepler;
-    std::vector<session::EngineGlonass> glonass;
+    engine::Config config;
+    engine::Station rover, base;
+    std::vector<engine::Kepler> kepler;
+    std::vector<engine::Glonass> glonass;
     std::vector<PreciseTable> precise;  // all but GLONASS; used if the configuration says so
     std::vector<EpochOfTwo> epochs;
 };

@@ -18,7 +18,8 @@
 #include "report/text_report.h"
 #include "require.h"
 #include "session/fault.h"
-#include "session/solve_result.h"
+#include "solve/preparation.h"
+#include "solve/solve_result.h"
 
 namespace vornel::fuzz {
 namespace {
@@ -76,7 +77,7 @@ Files ReadParts(const std::vector<Part>& parts) {
             app::TakeToml(std::string(part.text), "settings", files.settings);
         }
     }
-    const auto selection = session::SelectionFor(files.settings.values);
+    const auto selection = solve::SelectionFor(files.settings.values);
     std::vector<io::Observations> base, rover;
     for (const Part& part : parts) {
         if (part.role == 'b') {
@@ -97,14 +98,14 @@ Files ReadParts(const std::vector<Part>& parts) {
 }
 
 void Solve(Files files) {
-    session::SolveResult result;
-    result.session = session::PrepareSession(std::move(files.inputs), std::move(files.settings));
-    session::Engine engine(CheckingEngine(true));
-    result.fed = session::Feed(result.session, engine, {});
+    solve::SolveResult result;
+    result.session = solve::PrepareSession(std::move(files.inputs), std::move(files.settings));
+    engine::Engine engine(CheckingEngine(true));
+    result.fed = solve::Feed(result.session, engine, {});
     FUZZ_REQUIRE(result.fed.epochs == CallsSoFar().epochs);
-    result.outcome = session::Run(result.session, engine);
+    result.outcome = solve::Run(result.session, engine);
     FUZZ_REQUIRE((result.outcome.Best() == nullptr) ==
-                 (result.outcome.acceptance == session::Acceptance::kNone));
+                 (result.outcome.acceptance == solve::Acceptance::kNone));
     FUZZ_REQUIRE(!report::TextReport(result).empty());
     FUZZ_REQUIRE(!report::CsvReport(result).empty());
     FUZZ_REQUIRE(!report::JsonText(report::JsonReport(result)).empty());

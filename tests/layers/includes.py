@@ -25,10 +25,12 @@ FOLDERS = {
     "src/exports": ["foundation", "orbit", "observation", "run"],
 
     "host/io": [],
-    "host/session": ["io"],
+    "host/engine": ["io"],
+    "host/session": ["io", "engine"],
+    "host/solve": ["io", "engine", "session"],
     "host/network": ["io", "session"],
-    "host/report": ["io", "session"],
-    "host/app": ["io", "session", "report"],
+    "host/report": ["io", "engine", "session", "solve"],
+    "host/app": ["io", "engine", "session", "solve", "report"],
 }
 PUBLIC_HEADER = "VornelBlCore.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)

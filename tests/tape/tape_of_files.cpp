@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "session/session.h"
+#include "solve/feed.h"
+#include "solve/preparation.h"
 #include "tape/recorder.h"
 
 namespace {
@@ -15,11 +16,10 @@ void WriteTape(const std::vector<std::string>& paths) {
     session::ConfiguredSettings settings;
     session::Inputs inputs =
         session::ReadInputs({{paths[0]}, {paths[1]}, {paths.begin() + 2, paths.end()}},
-                            session::SelectionFor(settings.values));
-    const session::Session session =
-        session::PrepareSession(std::move(inputs), std::move(settings));
-    session::Engine engine;
-    session::Feed(session, engine, {});
+                            solve::SelectionFor(settings.values));
+    const session::Session session = solve::PrepareSession(std::move(inputs), std::move(settings));
+    engine::Engine engine;
+    solve::Feed(session, engine, {});
 }
 
 }  // namespace

@@ -16,6 +16,9 @@
 #include "scene.h"
 #include "session/session.h"
 #include "simulated.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/preparation.h"
 #include "workers.h"
 
 namespace vornel::truth {
@@ -91,12 +94,12 @@ NamedRow WithoutTimes(NamedRow row) {
 TEST(TruthRuns, TellTheErrorOfTheVectorThatTheHostGives) {
     const Scene scene = MakeScene(Wettzell(), FirstMinutes(60));
     session::ConfiguredSettings settings;
-    session::Session prepared = session::PrepareSession(Wettzell().inputs, settings);
+    session::Session prepared = solve::PrepareSession(Wettzell().inputs, settings);
     session::Vector3 vector{};
     {
-        session::Engine engine;
-        session::Feed(prepared, engine, {});
-        vector = session::Run(prepared, engine).results.fixeds.back().vector;
+        engine::Engine engine;
+        solve::Feed(prepared, engine, {});
+        vector = solve::Run(prepared, engine).results.fixeds.back().vector;
     }
     const NamedRow main = Table(RunScene(scene, Runs(R"({"label": "main"})")))["main"];
     // North, east and up at WTZR, from its latitude and longitude as formulas.
@@ -216,7 +219,7 @@ TEST(Cuts, OneFrequencyLeavesNoSecondSignal) {
     Cut cut = FirstMinutes(10);
     cut.frequencies = 1;
     const Scene scene = MakeScene(Wettzell(), cut);
-    const session::Session prepared = session::PrepareSession(scene.inputs, {});
+    const session::Session prepared = solve::PrepareSession(scene.inputs, {});
     for (const auto& pairs : prepared.signals) {
         EXPECT_TRUE(pairs[0].Usable());
         EXPECT_FALSE(pairs[1].Usable());
@@ -295,18 +298,18 @@ constexpr double kInterval = 30.0;
 
 SkyOfSession FlatSky(std::size_t epochs, double degrees) {
     SkyOfSession sky;
-    std::vector<session::SkyPoint> track;
+    std::vector<solve::SkyPoint> track;
     for (std::size_t i = 0; i < epochs; ++i) {
         sky.times.push_back({2000, 1000.0 + kInterval * static_cast<double>(i)});
         track.push_back({static_cast<std::uint32_t>(i), 0.0, degrees * M_PI / 180.0});
     }
-    sky.tracks[{session::EngineSystem::kGps, 5}] = track;
+    sky.tracks[{engine::System::kGps, 5}] = track;
     return sky;
 }
 
-session::Solution WithResiduals(const SkyOfSession& sky, const std::vector<int>& millimetres) {
-    session::Solution solution;
-    session::ResidualSeries series{1, 5, 0, {}};
+engine::Solution WithResiduals(const SkyOfSession& sky, const std::vector<int>& millimetres) {
+    engine::Solution solution;
+    engine::ResidualSeries series{1, 5, 0, {}};
     for (std::size_t i = 0; i < millimetres.size(); ++i) {
         series.points.push_back({sky.times[i].week, sky.times[i].seconds, millimetres[i]});
     }
@@ -357,8 +360,8 @@ TEST(ResidualStatistics, MeanOfASatelliteInDeviations) {
 
 TEST(ResidualStatistics, GapsAreNoNeighbours) {
     const SkyOfSession sky = FlatSky(100, 50.0);
-    session::Solution solution = WithResiduals(sky, std::vector<int>(100, 4));
-    std::erase_if(solution.residuals[0].points, [&](const session::ResidualPoint& point) {
+    engine::Solution solution = WithResiduals(sky, std::vector<int>(100, 4));
+    std::erase_if(solution.residuals[0].points, [&](const engine::ResidualPoint& point) {
         return std::fmod(point.seconds - sky.times[0].seconds, 2.0 * kInterval) > 1.0;
     });
     const ResidualStatistics r = StatisticsOf(solution, kInterval, sky);

@@ -158,9 +158,9 @@ std::string OrbitFile(double hours) {
         session::SelectEphemerides({io::ReadNavigation(file.bytes, file.name)}, first, last);
     std::string satellites, body;
     int count = 0;
-    for (const auto system : {session::EngineSystem::kGps, session::EngineSystem::kGalileo}) {
+    for (const auto system : {engine::System::kGps, engine::System::kGalileo}) {
         for (int prn = 1; prn <= 32; ++prn) {
-            satellites += session::ToString(session::EngineSatellite{system, prn});
+            satellites += engine::ToString(engine::Satellite{system, prn});
             ++count;
         }
     }
@@ -171,7 +171,7 @@ std::string OrbitFile(double hours) {
                                 c.minute, c.second);
         ++epochs;
         for (std::size_t i = 0; i < satellites.size(); i += 3) {
-            const auto satellite = *session::ParseSatellite(satellites.substr(i, 3));
+            const auto satellite = *engine::ParseSatellite(satellites.substr(i, 3));
             const auto state = session::BroadcastState(ephemerides, satellite, time);
             const Vector3 p = state ? state->position : Vector3{};
             body += session::Format("P%s%14.6f%14.6f%14.6f%14.6f\n",

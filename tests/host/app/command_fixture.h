@@ -12,6 +12,7 @@
 
 #include "app/command.h"
 #include "io/file_bytes.h"
+#include "project_folder.h"
 
 namespace vornel::test {
 
@@ -20,10 +21,6 @@ struct Answer {
     std::string out;
     std::string err;
 };
-
-inline std::filesystem::path ProjectFolder() {
-    return std::filesystem::path(VORNEL_TEST_DATA).parent_path().parent_path();
-}
 
 class CommandFixture : public ::testing::Test {
   protected:
@@ -34,8 +31,7 @@ class CommandFixture : public ::testing::Test {
     }
     void TearDown() override { std::filesystem::remove_all(folder_); }
 
-    Answer Vornel(const std::vector<std::string>& arguments,
-                  const session::EngineApi& engine = {}) const {
+    Answer Vornel(const std::vector<std::string>& arguments, const engine::Api& engine = {}) const {
         std::ostringstream out, err;
         Answer answer;
         answer.code = app::RunCommand(arguments, {out, err, false, engine});

@@ -46,7 +46,7 @@ TEST(ExitCodes, BadInputHasACodeOfItsOwnFrom20To99) {
 }
 
 TEST(ExitCodes, RunsEndBelow20ByMeaning) {
-    using session::Acceptance;
+    using solve::Acceptance;
     EXPECT_EQ(CodeOf(Acceptance::kFixed, 81), ExitCode::kFixed);
     EXPECT_EQ(CodeOf(Acceptance::kFloat, 41), ExitCode::kFloat);
     EXPECT_EQ(CodeOf(Acceptance::kTripleDifference, 40), ExitCode::kTripleDifference);

@@ -16,8 +16,8 @@
 namespace vornel::report {
 namespace {
 
-using session::EngineSatellite;
-using session::EngineSystem;
+using engine::Satellite;
+using engine::System;
 
 // Failures name what is missing, not the whole page.
 bool Holds(const std::string& text, const std::string& what) {
@@ -312,9 +312,9 @@ constexpr int kWeek = 2111;
 constexpr int kPerSystem = 15;
 constexpr std::uint32_t kEpochs = 2880;
 
-std::vector<EngineSatellite> SixtySatellites() {
-    std::vector<EngineSatellite> list;
-    for (const EngineSystem system : session::kEngineSystems) {
+std::vector<engine::Satellite> SixtySatellites() {
+    std::vector<engine::Satellite> list;
+    for (const engine::System system : engine::kSystems) {
         for (int prn = 1; prn <= kPerSystem; ++prn) {
             list.push_back({system, prn});
         }
@@ -324,11 +324,11 @@ std::vector<EngineSatellite> SixtySatellites() {
 
 // One record every two hours; orbits of 26600 km whose ground tracks never leave the sky matter
 // less here than that there are paths for all.
-void AddOrbit(session::Session& s, EngineSatellite satellite) {
+void AddOrbit(session::Session& s, engine::Satellite satellite) {
     for (int hour = 0; hour <= 24; hour += 2) {
         session::TimedKepler timed;
         timed.reference = {kWeek, 3600.0 * hour};
-        session::EngineKepler& r = timed.record;
+        engine::Kepler& r = timed.record;
         r.system = satellite.system;
         r.satId = satellite.prn;
         r.tocWeek = r.toeWeek = kWeek;
@@ -344,8 +344,8 @@ void AddOrbit(session::Session& s, EngineSatellite satellite) {
 
 // Sixty satellites without a break, residuals of ten millimetres, every track cut twice in each
 // period: more than a day of four systems brings.
-session::SolveResult BusyDay(int blocks) {
-    session::SolveResult result;
+solve::SolveResult BusyDay(int blocks) {
+    solve::SolveResult result;
     session::Session& s = result.session;
     test::ObservationMaker maker("C1C L1C");
     for (std::uint32_t i = 0; i < kEpochs; ++i) {
@@ -361,23 +361,23 @@ session::SolveResult BusyDay(int blocks) {
     s.base.position = {4075580.3, 931854.1, 4801568.3};
     result.fed.epochs = kEpochs;
 
-    session::Solution fixed;
+    engine::Solution fixed;
     fixed.mode = blocks == 2 ? 3 : 1;
     fixed.vector = {1000.0, 2000.0, 3000.0};
     fixed.length = session::Length(fixed.vector);
     fixed.ratio = 5.0;
     std::mt19937 random(20200625);
     std::normal_distribution<double> noise(0.0, 10.0);
-    for (const EngineSatellite& satellite : SixtySatellites()) {
+    for (const engine::Satellite& satellite : SixtySatellites()) {
         AddOrbit(s, satellite);
         auto& epochs = result.fed.common[satellite];
-        session::ResidualSeries series{static_cast<int>(satellite.system), satellite.prn, 0, {}};
+        engine::ResidualSeries series{static_cast<int>(satellite.system), satellite.prn, 0, {}};
         for (std::uint32_t i = 0; i < kEpochs; ++i) {
             epochs.push_back(i);
             series.points.push_back({kWeek, 30.0 * i, static_cast<int>(noise(random))});
         }
         for (int first = 0; first < static_cast<int>(kEpochs); first += 120) {
-            session::Ambiguity a;
+            engine::Ambiguity a;
             a.system = series.system;
             a.prn = satellite.prn;
             a.firstEpoch = first;
@@ -395,12 +395,12 @@ session::SolveResult BusyDay(int blocks) {
     result.outcome.results.solveModel = fixed.mode;
     result.outcome.results.floats = {fixed};
     result.outcome.results.fixeds = {fixed};
-    result.outcome.acceptance = session::Acceptance::kFixed;
+    result.outcome.acceptance = solve::Acceptance::kFixed;
     return result;
 }
 
 TEST(BusyDayPage, FitsIntoAMegabyteWithEveryResidual) {
-    const session::SolveResult result = BusyDay(1);
+    const solve::SolveResult result = BusyDay(1);
     const std::string html = HtmlReport(result);
     EXPECT_LT(html.size(), kPageLimit);
     const StrictReader page(html);
@@ -418,10 +418,10 @@ TEST(BusyDayPage, FitsIntoAMegabyteWithEveryResidual) {
 }
 
 TEST(BusyDayPage, IsThinnedRatherThanLarge) {
-    session::SolveResult result = BusyDay(2);
+    solve::SolveResult result = BusyDay(2);
     // Residuals of metres take three characters each.
-    for (session::ResidualSeries& series : result.outcome.results.fixeds[0].residuals) {
-        for (session::ResidualPoint& point : series.points) {
+    for (engine::ResidualSeries& series : result.outcome.results.fixeds[0].residuals) {
+        for (engine::ResidualPoint& point : series.points) {
             point.millimetres *= 1000;
         }
     }

@@ -7,12 +7,13 @@
 #include <sstream>
 
 #include "app/command_fixture.h"
+#include "solve/preparation.h"
 
 namespace vornel::report {
 namespace {
 
-using session::Ambiguity;
-using session::EngineSystem;
+using engine::Ambiguity;
+using engine::System;
 using testing::ElementsAre;
 
 std::vector<io::GpsTime> EveryThirtySeconds(std::size_t count) {
@@ -25,7 +26,7 @@ std::vector<io::GpsTime> EveryThirtySeconds(std::size_t count) {
 
 Ambiguity Stretch(int first, int last) {
     Ambiguity a;
-    a.system = static_cast<int>(EngineSystem::kGps);
+    a.system = static_cast<int>(engine::System::kGps);
     a.firstEpoch = first;
     a.lastEpoch = last;
     return a;
@@ -84,15 +85,15 @@ class References : public test::CommandFixture {
     // Solves with a trace and derives the timeline of the result.
     void Solve(const session::InputPaths& paths) {
         const session::Settings settings;
-        result_.session = session::PrepareSession(
-            session::ReadInputs(paths, session::SelectionFor(settings)), {settings, {}});
+        result_.session = solve::PrepareSession(
+            session::ReadInputs(paths, solve::SelectionFor(settings)), {settings, {}});
         testing::internal::CaptureStderr();
         {
-            session::Engine engine;
-            session::FeedOptions options;
+            engine::Engine engine;
+            solve::FeedOptions options;
             options.tracePath = Path("trace.log");
-            result_.fed = session::Feed(result_.session, engine, options);
-            result_.outcome = session::Run(result_.session, engine);
+            result_.fed = solve::Feed(result_.session, engine, options);
+            result_.outcome = solve::Run(result_.session, engine);
         }
         testing::internal::GetCapturedStderr();
         timeline_ = MakeTimeline(result_);
@@ -103,16 +104,16 @@ class References : public test::CommandFixture {
         const auto truth = FromTrace(Read(Path("trace.log")));
         ASSERT_EQ(timeline_.periods.size(), truth.size());
         for (std::size_t p = 0; p < truth.size(); ++p) {
-            for (std::size_t s = 0; s < session::kEngineSystemCount; ++s) {
+            for (std::size_t s = 0; s < engine::kSystemCount; ++s) {
                 const auto& candidates = timeline_.periods[p].references[s];
                 const int likeliest =
-                    candidates.empty() ? -1 : session::NumberAcrossSystems(candidates.front());
+                    candidates.empty() ? -1 : engine::NumberAcrossSystems(candidates.front());
                 EXPECT_EQ(likeliest, truth[p][s]) << "period " << p << ", system " << s;
             }
         }
     }
 
-    session::SolveResult result_;
+    solve::SolveResult result_;
     Timeline timeline_;
 };
 
@@ -125,7 +126,7 @@ TEST_F(References, OfFourSystemsAreTheEngines) {
         residuals += series.epochs.size();
     }
     std::size_t filed = 0;
-    for (const session::ResidualSeries& series : result_.outcome.Best()->residuals) {
+    for (const engine::ResidualSeries& series : result_.outcome.Best()->residuals) {
         filed += series.points.size();
     }
     EXPECT_EQ(residuals, filed);

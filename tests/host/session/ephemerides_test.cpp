@@ -133,7 +133,7 @@ TEST(Ephemerides, GlonassTimesAreUtcWithTheLeapSecondsOfTheDay) {
     navigation.glonass.push_back(Glonass(3, 345600.0 + 900.0));
     const Ephemerides result = Select(navigation);
     ASSERT_EQ(result.glonass.size(), 1U);
-    const EngineGlonass& record = result.glonass[0].record;
+    const engine::Glonass& record = result.glonass[0].record;
     EXPECT_EQ(record.week, 2111);
     EXPECT_EQ(record.seconds, 346500.0);
     EXPECT_EQ(record.tbSeconds, 900.0);
@@ -180,11 +180,11 @@ TEST(Ephemerides, BeiDouTimesStayInBdtAndReachFourHours) {
     ASSERT_EQ(result.kepler.size(), 1U);
     EXPECT_EQ(result.kepler[0].record.toe, 331186.0);
     EXPECT_EQ(result.kepler[0].reference, (io::GpsTime{2111, 331200.0}));
-    EXPECT_TRUE(HasOrbit(result, {EngineSystem::kBds, 11}, {kFirst}));
-    EXPECT_FALSE(HasOrbit(result, {EngineSystem::kBds, 11}, {kLast}));
+    EXPECT_TRUE(HasOrbit(result, {engine::System::kBds, 11}, {kFirst}));
+    EXPECT_FALSE(HasOrbit(result, {engine::System::kBds, 11}, {kLast}));
     // Any of the times will do, however far they lie apart.
-    EXPECT_TRUE(HasOrbit(result, {EngineSystem::kBds, 11}, {{0, 0.0}, kFirst, {6000, 0.0}}));
-    EXPECT_FALSE(HasOrbit(result, {EngineSystem::kBds, 11}, {{0, 0.0}, {6000, 0.0}}));
+    EXPECT_TRUE(HasOrbit(result, {engine::System::kBds, 11}, {{0, 0.0}, kFirst, {6000, 0.0}}));
+    EXPECT_FALSE(HasOrbit(result, {engine::System::kBds, 11}, {{0, 0.0}, {6000, 0.0}}));
     EXPECT_EQ(result.dropped.at("too far from the session"), 1U);
 }
 
@@ -232,7 +232,7 @@ TEST(Ephemerides, MessagesWithRatesAreRightWithinTheirTwoHours) {
     const Ephemerides result = SelectEphemerides({navigation}, {2111, 342000.0}, {2111, 356400.0});
     EXPECT_EQ(result.kepler.size(), 17U);
     for (double tk = -7000.0; tk <= 7000.0; tk += 333.0) {
-        const auto state = BroadcastState(result, {EngineSystem::kGps, 5}, {2111, 349200.0 + tk});
+        const auto state = BroadcastState(result, {engine::System::kGps, 5}, {2111, 349200.0 + tk});
         ASSERT_TRUE(state);
         // Half a step of the rate that is left: 5e-3 m/s over 450 s.
         EXPECT_LT(Length(Minus(state->position, CnavPosition(record, tk))), 3.0) << tk;

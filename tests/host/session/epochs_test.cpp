@@ -85,7 +85,7 @@ TEST(Epochs, TheEnginesTimeIsTheRoundedMean) {
     EXPECT_EQ(EngineTime({2111, 604799.97}, {2111, 604799.99}), (io::GpsTime{2112, 0.0}));
 }
 
-SignalValues Values(EngineSystem system, int prn) {
+SignalValues Values(engine::System system, int prn) {
     SignalValues values;
     values.satellite = {system, prn};
     values.code = {2e7 + prn, 3e7 + prn};
@@ -96,15 +96,15 @@ SignalValues Values(EngineSystem system, int prn) {
 TEST(Epochs, SixtyFourSlotsCommonOnesFirst) {
     std::vector<SignalValues> list;
     for (int prn = 1; prn <= 35; ++prn) {
-        list.push_back(Values(EngineSystem::kGps, prn));
+        list.push_back(Values(engine::System::kGps, prn));
     }
     for (int prn = 1; prn <= 32; ++prn) {
-        list.push_back(Values(EngineSystem::kGalileo, prn));
+        list.push_back(Values(engine::System::kGalileo, prn));
     }
-    const std::vector<EngineSatellite> common = {{EngineSystem::kGalileo, 31},
-                                                 {EngineSystem::kGalileo, 32}};
-    std::set<EngineSatellite> leftOut;
-    const EngineReceiverEpoch epoch = FillSlots({2111, 30.5}, list, common, leftOut);
+    const std::vector<engine::Satellite> common = {{engine::System::kGalileo, 31},
+                                                   {engine::System::kGalileo, 32}};
+    std::set<engine::Satellite> leftOut;
+    const engine::ReceiverEpoch epoch = FillSlots({2111, 30.5}, list, common, leftOut);
     EXPECT_EQ(epoch.week, 2111);
     EXPECT_EQ(epoch.seconds, 30.5);
     EXPECT_EQ(epoch.satellites[0], 134);
@@ -115,16 +115,16 @@ TEST(Epochs, SixtyFourSlotsCommonOnesFirst) {
     EXPECT_EQ(epoch.phase2[1], 2e8 + 32);
     EXPECT_EQ(epoch.satellites[2], 1);
     EXPECT_EQ(epoch.satellites[63], 103 + 27);
-    EXPECT_EQ(leftOut, (std::set<EngineSatellite>{{EngineSystem::kGalileo, 28},
-                                                  {EngineSystem::kGalileo, 29},
-                                                  {EngineSystem::kGalileo, 30}}));
+    EXPECT_EQ(leftOut, (std::set<engine::Satellite>{{engine::System::kGalileo, 28},
+                                                    {engine::System::kGalileo, 29},
+                                                    {engine::System::kGalileo, 30}}));
 }
 
 TEST(Epochs, EmptySlotsAreZero) {
-    std::set<EngineSatellite> leftOut;
-    const auto epoch = FillSlots({2111, 0.0}, {Values(EngineSystem::kGlonass, 7)}, {}, leftOut);
+    std::set<engine::Satellite> leftOut;
+    const auto epoch = FillSlots({2111, 0.0}, {Values(engine::System::kGlonass, 7)}, {}, leftOut);
     EXPECT_EQ(epoch.satellites[0], 42);
-    for (std::size_t i = 1; i < kEngineSlots; ++i) {
+    for (std::size_t i = 1; i < engine::kSlots; ++i) {
         EXPECT_EQ(epoch.satellites[i], 0);
         EXPECT_EQ(epoch.code1[i], 0.0);
     }

@@ -31,7 +31,7 @@ TEST(OrbitTables, MissingValuesGetTheMarker) {
     file.satellites[0].points[2].position = {0.0, 0.0, 0.0};
     file.satellites[0].points[4].clock = 999999.0;
     const OrbitTables tables = JoinOrbits({file});
-    const auto& values = tables.satellites.at({EngineSystem::kGps, 5});
+    const auto& values = tables.satellites.at({engine::System::kGps, 5});
     EXPECT_EQ(values[0][0], 2.0e7);
     EXPECT_EQ(values[3][0], 0.999999999999);
     for (std::size_t c = 0; c < 3; ++c) {
@@ -56,7 +56,7 @@ TEST(OrbitTables, TimesThatNoCalendarHasOrThatRepeatAreLeftOut) {
         EXPECT_TRUE(io::IsInCalendar(tables.times[i]));
     }
     EXPECT_EQ(tables.times.size(), 9U + 2U);
-    EXPECT_EQ(tables.satellites.at({EngineSystem::kGps, 5})[0].size(), tables.times.size());
+    EXPECT_EQ(tables.satellites.at({engine::System::kGps, 5})[0].size(), tables.times.size());
 }
 
 TEST(OrbitTables, FilesJoinInTimeAndTheFirstCounts) {
@@ -64,7 +64,7 @@ TEST(OrbitTables, FilesJoinInTimeAndTheFirstCounts) {
         JoinOrbits({File(3600.0, 12, 300.0, {}, 2.1e7), File(0.0, 13, 300.0, {}, 2.0e7)});
     EXPECT_EQ(tables.times.size(), 24U);
     EXPECT_TRUE(std::is_sorted(tables.times.begin(), tables.times.end()));
-    const auto& x = tables.satellites.at({EngineSystem::kGps, 5})[0];
+    const auto& x = tables.satellites.at({engine::System::kGps, 5})[0];
     EXPECT_EQ(x[11], 2.0e7);
     EXPECT_EQ(x[12], 2.1e7);
 }
@@ -73,7 +73,7 @@ TEST(OrbitTables, AGapBetweenFilesIsMarked) {
     const OrbitTables tables = JoinOrbits({File(0.0, 12, 300.0), File(7200.0, 12, 300.0)});
     ASSERT_EQ(tables.times.size(), 25U);
     EXPECT_EQ(tables.times[12], (io::GpsTime{2111, 3600.0}));
-    EXPECT_EQ(tables.satellites.at({EngineSystem::kGps, 5})[0][12], 0.999999999999);
+    EXPECT_EQ(tables.satellites.at({engine::System::kGps, 5})[0][12], 0.999999999999);
 }
 
 TEST(OrbitTables, FiveEntriesBeforeAndSixFromTheNextOn) {

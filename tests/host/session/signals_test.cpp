@@ -13,7 +13,7 @@ using test::ObservationMaker;
 constexpr double kCode = 2.2e7, kPhase = 1.1e8;
 
 const SignalPair& Gps(const SignalChoice& choice, std::size_t f) {
-    return choice[IndexOf(EngineSystem::kGps)][f];
+    return choice[IndexOf(engine::System::kGps)][f];
 }
 
 TEST(Signals, TheCommonCodeIsTakenBeforeThePreferredOne) {
@@ -41,7 +41,7 @@ TEST(Signals, WithoutACommonCodeEachTakesItsOwn) {
                           .Epoch(2111, 0)
                           .Satellite(GnssSystem::kGalileo, 1, {kCode, kPhase})
                           .Done();
-    const auto pair = ChooseSignals(rover, base, {})[IndexOf(EngineSystem::kGalileo)][0];
+    const auto pair = ChooseSignals(rover, base, {})[IndexOf(engine::System::kGalileo)][0];
     EXPECT_TRUE(pair.Usable());
     EXPECT_FALSE(pair.SameTracking());
     EXPECT_EQ(pair.rover->Tracking(), "1X");
@@ -98,7 +98,7 @@ TEST(Signals, BeiDouTakesB1IAnd1207) {
                        {kCode, kPhase, kCode, kPhase, kCode, kPhase, kCode, kPhase})
             .Done();
     };
-    const auto pairs = ChooseSignals(made(), made(), {})[IndexOf(EngineSystem::kBds)];
+    const auto pairs = ChooseSignals(made(), made(), {})[IndexOf(engine::System::kBds)];
     EXPECT_EQ(pairs[0].base->Tracking(), "2I");
     EXPECT_EQ(pairs[1].base->Tracking(), "7I");
 }
@@ -111,7 +111,7 @@ TEST(Signals, GalileoBandsAreThoseConfigured) {
             .Done();
     };
     const auto pairs = [&](GalileoSignals signals) {
-        return ChooseSignals(made(), made(), signals)[IndexOf(EngineSystem::kGalileo)];
+        return ChooseSignals(made(), made(), signals)[IndexOf(engine::System::kGalileo)];
     };
     EXPECT_FALSE(pairs({1, 2})[1].Usable());
     EXPECT_EQ(pairs({1, 3})[1].base->Tracking(), "7Q");

@@ -27,7 +27,7 @@ std::map<char, std::vector<double>> SpreadBySystem(const SimulatedSession& sessi
         const io::ObservationEpoch& epoch = data.epochs[e];
         std::vector<std::pair<char, double>> clocks;
         for (const io::SatelliteRow& row : data.SatellitesOf(epoch)) {
-            const auto satellite = session::ToEngine(row.satellite);
+            const auto satellite = engine::ToEngine(row.satellite);
             if (!satellite) {
                 continue;
             }
@@ -102,19 +102,19 @@ TEST(SilentWorld, WeekEndsAreCrossed) {
     }
 }
 
-double ErrorOf(const Scenario& scenario, session::Acceptance& acceptance,
+double ErrorOf(const Scenario& scenario, solve::Acceptance& acceptance,
                session::ConfiguredSettings settings = {}) {
     const SimulatedSession simulated = Simulate(scenario);
     const Solved solved = Solve(InputsOf(simulated, 0, 1), std::move(settings));
     acceptance = solved.outcome.acceptance;
-    const session::Solution* best = solved.outcome.Best();
+    const engine::Solution* best = solved.outcome.Best();
     return best == nullptr ? 1e9 : Length(Minus(best->vector, simulated.TrueVector(0, 1)));
 }
 
 TEST(SilentWorld, EngineFindsShortVectorToAMillimetre) {
-    session::Acceptance acceptance{};
+    solve::Acceptance acceptance{};
     EXPECT_LT(ErrorOf(SilentPair(200.0, {2025, 3, 10, 6, 0, 0.0}), acceptance), 0.001);
-    EXPECT_EQ(acceptance, session::Acceptance::kFixed);
+    EXPECT_EQ(acceptance, solve::Acceptance::kFixed);
 }
 
 TEST(SilentWorld, EngineFindsVectorWithClocksAndTagsOffTheSecond) {
@@ -125,16 +125,16 @@ TEST(SilentWorld, EngineFindsVectorWithClocksAndTagsOffTheSecond) {
     scenario.occupations[1].receiver.clock = ClockStyle::kTagged;
     scenario.occupations[1].receiver.clockOffset = -2.1e-3;
     scenario.occupations[1].receiver.clockDrift = 3e-7;
-    session::Acceptance acceptance{};
+    solve::Acceptance acceptance{};
     EXPECT_LT(ErrorOf(scenario, acceptance), 0.001);
-    EXPECT_EQ(acceptance, session::Acceptance::kFixed);
+    EXPECT_EQ(acceptance, solve::Acceptance::kFixed);
 }
 
 TEST(SilentWorld, AntennaHeightsAreReduced) {
     Scenario scenario = SilentPair(150.0, {2025, 3, 12, 6, 0, 0.0});
     scenario.occupations[0].antennaHeight = 1.537;
     scenario.occupations[1].antennaHeight = 0.071;
-    session::Acceptance acceptance{};
+    solve::Acceptance acceptance{};
     EXPECT_LT(ErrorOf(scenario, acceptance), 0.001);
 }
 
@@ -168,7 +168,7 @@ TEST(SilentWorld, PreciseTablesTellTheOrbitsOfTheMessages) {
         session::SelectEphemerides({session.navigation}, first, last);
     std::size_t compared = 0;
     for (const io::OrbitSeries& series : session.preciseOrbits->satellites) {
-        const auto satellite = session::ToEngine(series.satellite);
+        const auto satellite = engine::ToEngine(series.satellite);
         for (const double seconds : {77.0, 1800.0, 3500.0}) {
             const io::GpsTime time{first.week, first.seconds + seconds};
             const auto state =
@@ -176,7 +176,7 @@ TEST(SilentWorld, PreciseTablesTellTheOrbitsOfTheMessages) {
             if (state) {
                 const Vector3 difference =
                     Minus(state->position, Interpolated(*session.preciseOrbits, series, time));
-                const bool glonass = satellite->system == session::EngineSystem::kGlonass;
+                const bool glonass = satellite->system == engine::System::kGlonass;
                 EXPECT_LT(Length(difference), glonass ? 0.006 : 0.002)
                     << ToString(*satellite) << ' ' << seconds;
                 ++compared;

@@ -5,12 +5,15 @@
 
 #include "session/session.h"
 #include "simulator/simulate.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/preparation.h"
 
 namespace vornel::rough {
 
 struct Solved {
     session::Session session;
-    session::RunOutcome outcome;
+    solve::RunOutcome outcome;
 };
 
 inline session::Inputs InputsOf(const SimulatedSession& simulated, std::size_t base,
@@ -27,10 +30,10 @@ inline session::Inputs InputsOf(const SimulatedSession& simulated, std::size_t b
 
 inline Solved Solve(session::Inputs inputs, session::ConfiguredSettings settings = {}) {
     Solved solved;
-    solved.session = session::PrepareSession(std::move(inputs), std::move(settings));
-    session::Engine engine;
-    session::Feed(solved.session, engine, {});
-    solved.outcome = session::Run(solved.session, engine);
+    solved.session = solve::PrepareSession(std::move(inputs), std::move(settings));
+    engine::Engine engine;
+    solve::Feed(solved.session, engine, {});
+    solved.outcome = solve::Run(solved.session, engine);
     return solved;
 }
 

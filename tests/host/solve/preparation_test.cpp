@@ -1,154 +1,34 @@
-// The session of real files, with a recording engine in place of the library: what is handed over,
-// in which order, and that no value lies outside the bounds of the public header.
-#include "session/session.h"
+// What is decided on sessions of real files.
+#include "solve/preparation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "engine/recording_engine.h"
 #include "io/observation_reader.h"
-#include "recording_engine.h"
 #include "session/fault.h"
-#include "session/sky.h"
+#include "solve/feed.h"
+#include "solve/outcome.h"
+#include "solve/wettzell.h"
 
-namespace vornel::session {
+namespace vornel::solve {
 namespace {
 
+using namespace session;
+using namespace engine;
 using test::Call;
 using test::Calls;
+using test::kWtzr;
+using test::kWtzz;
+using test::ReadWettzell;
+using test::Wettzell;
 
-const std::filesystem::path kRoot = std::filesystem::path(VORNEL_TEST_DATA) / ".." / "..";
-
-const Vector3 kWtzr{4075580.3111, 931854.0543, 4801568.2808};
-const Vector3 kWtzz{4075579.1913, 931853.3696, 4801569.1897};
-
-InputPaths Wettzell() {
-    const std::string folder = (kRoot / "data" / "wettzell").string() + "/";
-    return {{folder + "WTZR00DEU_R_20201770000_01H_30S_MO.rnx.gz"},
-            {folder + "WTZZ00DEU_R_20201770000_01H_30S_MO.rnx.gz"},
-            {folder + "ESBC00DNK_R_20201770000_01D_MN.rnx.gz",
-             folder + "ESBC00DNK_R_20201770000_01D_RN.rnx.gz"}};
-}
-
-Inputs ReadWettzell(const Settings& settings = {}) {
-    return ReadInputs(Wettzell(), SelectionFor(settings));
-}
-
-std::vector<std::string> NamesInOrder() {
-    std::vector<std::string> names;
-    for (const Call& call : Calls()) {
-        if (names.empty() || names.back() != call.name) {
-            names.push_back(call.name);
-        }
-    }
-    return names;
-}
-
-std::size_t CountOf(const std::string& name) {
-    std::size_t count = 0;
-    for (const Call& call : Calls()) {
-        count += call.name == name ? 1 : 0;
-    }
-    return count;
-}
-
-TEST(SessionFeed, CallsComeInTheOrderOfTheHeader) {
-    ConfiguredSettings settings;
-    settings.values.exclusions = {ParseExclusion("G05"),
-                                  ParseExclusion("R01@2020-06-25T00:10/2020-06-25T00:20"),
-                                  ParseExclusion("R01@2020-06-25T00:40/")};
-    const Session session = PrepareSession(ReadWettzell(), settings);
-    Engine engine(test::RecordingEngine());
-    const FeedSummary fed = Feed(session, engine, {});
-    vornel::session::Run(session, engine);
-    EXPECT_THAT(NamesInOrder(),
-                testing::ElementsAre("CreateBLProcess", "InputSolveConfig", "InputAntCorrData",
-                                     "InputIonCorrData", "InputOneSatNavGPS", "InputOneSatNavBDS",
-                                     "InputOneSatNavGAL", "InputOneSatNavGLO", "InputEpochObsData",
-                                     "MarkDelSatList", "AddOneSatTrackInfo", "StartProcess"));
-    EXPECT_EQ(CountOf("InputEpochObsData"), 120U);
-    EXPECT_EQ(fed.epochs, 120U);
-    EXPECT_EQ(CountOf("MarkDelSatList"), 1U);
-    // Both spans of a satellite in one track: a second one would undo the first.
-    EXPECT_EQ(CountOf("AddOneSatTrackInfo"), 1U);
-    EXPECT_EQ(CountOf("InputIonCorrData"), 1U);
-}
-
-TEST(SessionFeed, NoIonosphereMeansNoCall) {
-    ConfiguredSettings settings;
-    settings.values.noIonosphere = true;
-    const Session session = PrepareSession(ReadWettzell(), settings);
-    Engine engine(test::RecordingEngine());
-    Feed(session, engine, {});
-    EXPECT_EQ(CountOf("InputIonCorrData"), 0U);
-}
-
-TEST(SessionFeed, EveryEpochKeepsTheBoundsAndItsOwnTags) {
-    const Session session = PrepareSession(ReadWettzell(), {});
-    Engine engine(test::RecordingEngine());
-    Feed(session, engine, {});
-    constexpr std::size_t kReceiver = 2 + 64 + 4 * 64;
-    double lastRover = -1.0, lastBase = -1.0;
-    for (const Call& call : Calls()) {
-        if (call.name != "InputEpochObsData") {
-            continue;
-        }
-        ASSERT_EQ(call.values.size(), 2 * kReceiver);
-        for (const std::size_t offset : {std::size_t{0}, kReceiver}) {
-            EXPECT_EQ(call.values[offset], 2111);
-            std::set<double> seen;
-            for (std::size_t slot = 0; slot < 64; ++slot) {
-                const double number = call.values[offset + 2 + slot];
-                const double* values = &call.values[offset + 2 + 64 + slot];
-                if (number == 0.0) {
-                    EXPECT_EQ(values[0], 0.0);
-                    continue;
-                }
-                EXPECT_TRUE(number >= 1 && number <= 135);
-                EXPECT_TRUE(seen.insert(number).second) << "satellite twice: " << number;
-                EXPECT_TRUE(values[0] >= 1e6 && values[0] <= 1e9);
-                EXPECT_TRUE(values[64] == 0.0 || (values[64] >= 1e6 && values[64] <= 1e9));
-                EXPECT_TRUE(std::isfinite(values[128]) && std::isfinite(values[192]));
-            }
-        }
-        EXPECT_GT(call.values[1], lastRover);
-        EXPECT_GT(call.values[kReceiver + 1], lastBase);
-        EXPECT_LE(std::abs(call.values[1] - call.values[kReceiver + 1]), 0.1);
-        lastRover = call.values[1];
-        lastBase = call.values[kReceiver + 1];
-    }
-    EXPECT_GE(lastRover, 345600.0 + 3570.0 - 0.1);
-}
-
-TEST(SessionFeed, StationsAreTheHeadersPositionsAndHeights) {
-    const Session session = PrepareSession(ReadWettzell(), {});
-    Engine engine(test::RecordingEngine());
-    Feed(session, engine, {});
-    const auto call = std::find_if(Calls().begin(), Calls().end(),
-                                   [](const Call& c) { return c.name == "InputAntCorrData"; });
-    ASSERT_NE(call, Calls().end());
-    EXPECT_THAT(call->values, testing::ElementsAre(4075578.4, 931852.75, 4801569.98, 0, 0, 0, 0, 0,
-                                                   0, 0.284, 4075580.8863, 931853.5784,
-                                                   4801567.9707, 0, 0, 0, 0, 0, 0, 0.071));
-}
-
-TEST(SessionFeed, TheFirstRecordsStandInTheFile) {
-    // First GPS record of the navigation file that reaches the session, digit by digit.
-    const Session session = PrepareSession(ReadWettzell(), {});
-    ASSERT_FALSE(session.ephemerides.kepler.empty());
-    for (const TimedKepler& timed : session.ephemerides.kepler) {
-        EXPECT_FALSE(OutOfBounds(timed.record));
-        EXPECT_LE(std::abs(io::SecondsBetween(timed.reference, session.FirstTime())), 18100.0);
-    }
-    ASSERT_TRUE(session.ionosphere);
-    EXPECT_EQ(session.ionosphere->alpha[0], 4.6566e-09);
-    EXPECT_EQ(session.ionosphere->beta[3], -5.2429e+05);
-}
+const std::filesystem::path kRoot = test::ProjectFolder();
 
 TEST(SessionPreparation, CodePositionsAreGoodToMetres) {
     const Session session = PrepareSession(ReadWettzell(), {});
@@ -170,8 +50,8 @@ TEST(SessionPreparation, AMissingPositionIsFoundFromCode) {
 }
 
 TEST(SessionPreparation, EverySystemAloneGivesAPosition) {
-    for (const EngineSystem system :
-         {EngineSystem::kGps, EngineSystem::kGlonass, EngineSystem::kGalileo}) {
+    for (const engine::System system :
+         {engine::System::kGps, engine::System::kGlonass, engine::System::kGalileo}) {
         ConfiguredSettings settings;
         settings.values.systems = {false, false, false, false};
         settings.values.systems[IndexOf(system)] = true;
@@ -484,83 +364,5 @@ TEST(SessionPreparation, HourlyPiecesJoinIntoTheWhole) {
     }
 }
 
-TEST(Sky, SatellitesStandWhereTheStationSawThem) {
-    const Session session = PrepareSession(ReadWettzell(), {});
-    Engine engine(test::RecordingEngine());
-    const FeedSummary fed = Feed(session, engine, {});
-    const auto tracks = SkyTracks(session, fed, 300.0);
-    EXPECT_GT(tracks.size(), 25U);
-    for (const auto& [satellite, points] : tracks) {
-        for (const SkyPoint& point : points) {
-            // What is observed is above the horizon.
-            EXPECT_GT(point.elevation, -0.01) << ToString(satellite);
-            EXPECT_LE(point.elevation, M_PI / 2.0);
-            EXPECT_TRUE(point.azimuth >= 0.0 && point.azimuth < 2.0 * M_PI);
-        }
-        EXPECT_LE(points.size(), 12U);
-    }
-    // C05 at 58.75 degrees east: azimuth and elevation of a geostationary place over Wettzell.
-    const auto geo = tracks.find({EngineSystem::kBds, 5});
-    ASSERT_NE(geo, tracks.end());
-    const Geodetic place = ToGeodetic(kWtzr);
-    const double dlon = 58.75 * M_PI / 180.0 - place.longitude;
-    const double azimuth = M_PI - std::atan(std::tan(dlon) / std::sin(place.latitude));
-    EXPECT_NEAR(geo->second[0].azimuth, azimuth, 0.05);
-}
-
-Solution SolutionOf(int mode, double ratio) {
-    Solution solution;
-    solution.mode = mode;
-    solution.ratio = ratio;
-    return solution;
-}
-
-TEST(Judgement, AFixMustPassTheRatioOfTheLastModel) {
-    EngineResults results;
-    EXPECT_EQ(Judge(results, 1.8), Acceptance::kNone);
-    results.status = 21;
-    results.tripleDifference.mode = 3;
-    EXPECT_EQ(Judge(results, 1.8), Acceptance::kTripleDifference);
-    results.status = 73;
-    results.floats = {SolutionOf(5, 0.0), SolutionOf(6, 0.0)};
-    results.fixeds = {SolutionOf(5, 9.0), SolutionOf(6, 1.9)};
-    EXPECT_EQ(Judge(results, 1.8), Acceptance::kFixed);
-    EXPECT_EQ(Judge(results, 1.9), Acceptance::kFloat);  // equality does not pass
-    results.status = 72;
-    results.fixeds.pop_back();
-    EXPECT_EQ(Judge(results, 1.8), Acceptance::kFloat);
-    results.status = 71;
-    results.floats.pop_back();
-    results.fixeds[0].ratio = 1.2;
-    EXPECT_EQ(Judge(results, 1.8), Acceptance::kFloat);
-}
-
-TEST(Judgement, AFixOnFewSatellitesIsSaidToBeDoubtful) {
-    EngineResults results;
-    results.status = 81;
-    Solution fixed = SolutionOf(1, 9.0);
-    for (int prn = 1; prn <= 3; ++prn) {
-        fixed.residuals.push_back({1, prn, 0, {{2111, 0.0, 1}}});
-    }
-    results.fixeds = {fixed};
-    results.floats = {SolutionOf(1, 0.0)};
-    EXPECT_THAT(Doubts(results, Acceptance::kFixed),
-                testing::ElementsAre(testing::HasSubstr("3 satellites")));
-    results.fixeds[0].residuals.push_back({8, 1, 0, {{2111, 0.0, 1}}});
-    EXPECT_TRUE(Doubts(results, Acceptance::kFixed).empty());
-}
-
-TEST(Judgement, AnEngineWithoutSolverIsNotAsked) {
-    EngineApi api = test::RecordingEngine();
-    test::NextRun() = {10, 0};
-    const Session session = PrepareSession(ReadWettzell(), {});
-    Engine engine(api);
-    Feed(session, engine, {});
-    const RunOutcome outcome = vornel::session::Run(session, engine);
-    EXPECT_FALSE(outcome.completed);
-    EXPECT_EQ(outcome.acceptance, Acceptance::kNone);
-    EXPECT_EQ(outcome.Best(), nullptr);
-}
-
 }  // namespace
-}  // namespace vornel::session
+}  // namespace vornel::solve

@@ -12,11 +12,11 @@
 #include <string>
 #include <vector>
 
-#include "session/satellites.h"
+#include "engine/satellites.h"
 
-namespace vornel::session {
+namespace vornel::engine {
 
-struct EngineApi {
+struct Api {
     decltype(&::CreateBLProcess) createBLProcess = &::CreateBLProcess;
     decltype(&::CreateBLProcessWithTrace) createBLProcessWithTrace = &::CreateBLProcessWithTrace;
     decltype(&::DiposeProcess) diposeProcess = &::DiposeProcess;
@@ -69,7 +69,7 @@ struct EngineApi {
 };
 
 // A set-up or run function of the engine answered 0.
-class EngineFailure : public std::runtime_error {
+class Failure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
@@ -78,7 +78,7 @@ class EngineFailure : public std::runtime_error {
 
 // The 27 arguments of InputSolveConfig, in the engine's units (mask in radians); the defaults are
 // the engine's own.
-struct EngineConfig {
+struct Config {
     int slvmode = 0;
     double elevationMask = 0.2617993877991494;
     double samplingInterval = 30.0;
@@ -86,7 +86,7 @@ struct EngineConfig {
     double shortBaselineLimit = 10000.0;
     double maxFixBaseline = 30000.0;
     int ephemerisSource = 0;
-    std::array<int, kEngineSystemCount> systems = {1, 1, 1, 1};  // GPS, GLONASS, BDS, Galileo
+    std::array<int, kSystemCount> systems = {1, 1, 1, 1};  // GPS, GLONASS, BDS, Galileo
     double outlierFactor = 3.5;
     double slipTestCap = 0.25;
     double ratioThreshold = 1.8;
@@ -110,7 +110,7 @@ struct EngineConfig {
 
 // One station: marker (ECEF metres), phase centre offsets from the antenna reference point on the
 // first and second frequency (north, east, up, metres), height of that point above the marker.
-struct EngineStation {
+struct Station {
     std::array<double, 3> xyz{};
     std::array<double, 3> offset1{};
     std::array<double, 3> offset2{};
@@ -118,8 +118,8 @@ struct EngineStation {
 };
 
 // One broadcast record of GPS, BDS or Galileo, fields as VornelBlCore.h tells.
-struct EngineKepler {
-    EngineSystem system = EngineSystem::kGps;
+struct Kepler {
+    System system = System::kGps;
     int satId = 0;
     int tocWeek = 0;
     double tocSeconds = 0.0;
@@ -141,7 +141,7 @@ struct EngineKepler {
     int fitInterval = 0;
 };
 
-struct EngineGlonass {
+struct Glonass {
     int slot = 0;
     int week = 0;          // UTC counted in weeks
     double seconds = 0.0;  // and seconds of the week
@@ -154,18 +154,18 @@ struct EngineGlonass {
     int leapSeconds = 0;
 };
 
-inline constexpr std::size_t kEngineSlots = 64;
+inline constexpr std::size_t kSlots = 64;
 
 // The observations of one receiver at one epoch; 0 in `satellites` is an empty slot.
-struct EngineReceiverEpoch {
+struct ReceiverEpoch {
     int week = 0;
     double seconds = 0.0;
-    std::array<int, kEngineSlots> satellites{};
-    std::array<double, kEngineSlots> code1{}, code2{}, phase1{}, phase2{};
+    std::array<int, kSlots> satellites{};
+    std::array<double, kSlots> code1{}, code2{}, phase1{}, phase2{};
 };
 
 // A span of GPS time, both ends inside.
-struct EngineSpan {
+struct Span {
     int startWeek = 0;
     double startSeconds = 0.0;
     int endWeek = 0;
@@ -222,7 +222,7 @@ struct Solution {
     std::vector<ResidualSeries> residuals;
 };
 
-struct EngineResults {
+struct Results {
     int status = 0;
     int solveModel = 0;
     Solution tripleDifference;
@@ -234,37 +234,37 @@ struct EngineResults {
 // EngineFailure when the engine answers 0.
 class Engine {
   public:
-    explicit Engine(const EngineApi& api = EngineApi{}) : api_(api) {}
+    explicit Engine(const Api& api = Api{}) : api_(api) {}
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
     ~Engine();  // disposes of the process, if one was created
 
     void Create();
     void CreateWithTrace(const std::string& path, int level);
-    void Configure(EngineConfig config);
-    void SetStations(EngineStation rover, EngineStation base);
+    void Configure(Config config);
+    void SetStations(Station rover, Station base);
     void SetIonosphere(std::array<double, 4> alpha, std::array<double, 4> beta);
-    void AddKepler(const EngineKepler& record);
-    void AddGlonass(const EngineGlonass& record);
+    void AddKepler(const Kepler& record);
+    void AddGlonass(const Glonass& record);
     // One component (0 X, 1 Y, 2 Z, 3 clock) of one satellite; the three lists have one length.
-    void AddPrecise(int component, EngineSatellite satellite, std::vector<int> weeks,
+    void AddPrecise(int component, Satellite satellite, std::vector<int> weeks,
                     std::vector<double> seconds, std::vector<double> values);
-    void AddEpoch(EngineReceiverEpoch rover, EngineReceiverEpoch base);
-    void ExcludeSatellites(const std::vector<EngineSatellite>& satellites);
-    void ExcludeSpans(EngineSatellite satellite, const std::vector<EngineSpan>& spans);
+    void AddEpoch(ReceiverEpoch rover, ReceiverEpoch base);
+    void ExcludeSatellites(const std::vector<Satellite>& satellites);
+    void ExcludeSpans(Satellite satellite, const std::vector<Span>& spans);
 
     // Runs, and answers the status. An exception inside the engine is no failure here: the status
     // tells how far the run came; `completed` becomes false.
     int Run(bool& completed);
 
-    EngineResults Results(int status) const;
+    Results ReadResults(int status) const;
 
   private:
     Solution FloatSolution(int index) const;
     Solution FixedSolution(int index) const;
 
-    EngineApi api_;
+    Api api_;
     bool created_ = false;
 };
 
-}  // namespace vornel::session
+}  // namespace vornel::engine

@@ -1,19 +1,19 @@
-#include "session/satellites.h"
+#include "engine/satellites.h"
 
 #include <gtest/gtest.h>
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 TEST(Satellites, NumbersAcrossSystemsAreThoseOfTheHeader) {
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGps, 1}), 1);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGps, 35}), 35);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGlonass, 1}), 36);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGlonass, 32}), 67);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kBds, 1}), 68);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kBds, 36}), 103);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGalileo, 1}), 104);
-    EXPECT_EQ(NumberAcrossSystems({EngineSystem::kGalileo, 32}), 135);
+    EXPECT_EQ(NumberAcrossSystems({System::kGps, 1}), 1);
+    EXPECT_EQ(NumberAcrossSystems({System::kGps, 35}), 35);
+    EXPECT_EQ(NumberAcrossSystems({System::kGlonass, 1}), 36);
+    EXPECT_EQ(NumberAcrossSystems({System::kGlonass, 32}), 67);
+    EXPECT_EQ(NumberAcrossSystems({System::kBds, 1}), 68);
+    EXPECT_EQ(NumberAcrossSystems({System::kBds, 36}), 103);
+    EXPECT_EQ(NumberAcrossSystems({System::kGalileo, 1}), 104);
+    EXPECT_EQ(NumberAcrossSystems({System::kGalileo, 32}), 135);
 }
 
 TEST(Satellites, BeyondTheNumberingThereIsNone) {
@@ -32,13 +32,13 @@ TEST(Satellites, BeyondTheNumberingThereIsNone) {
 }
 
 TEST(Satellites, NamesAreReadBack) {
-    for (const EngineSystem system : kEngineSystems) {
+    for (const System system : engine::kSystems) {
         for (const int prn : {1, 9, 10, 32}) {
-            const EngineSatellite satellite{system, prn};
+            const Satellite satellite{system, prn};
             EXPECT_EQ(ParseSatellite(ToString(satellite)), satellite);
         }
     }
-    EXPECT_EQ(ParseSatellite("g5"), (EngineSatellite{EngineSystem::kGps, 5}));
+    EXPECT_EQ(ParseSatellite("g5"), (Satellite{System::kGps, 5}));
     for (const char* bad : {"", "G", "5", "G00", "G36", "C37", "S23", "G5x", "G005", "GG5"}) {
         EXPECT_FALSE(ParseSatellite(bad)) << bad;
     }
@@ -46,4 +46,4 @@ TEST(Satellites, NamesAreReadBack) {
 }
 
 }  // namespace
-}  // namespace vornel::session
+}  // namespace vornel::engine

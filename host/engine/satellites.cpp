@@ -1,9 +1,9 @@
-#include "session/satellites.h"
+#include "engine/satellites.h"
 
 #include <cctype>
 #include <cstdio>
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 struct SystemEntry {
@@ -14,14 +14,14 @@ struct SystemEntry {
     int offset;   // of the number across the systems
 };
 
-constexpr std::array<SystemEntry, kEngineSystemCount> kEntries = {{
+constexpr std::array<SystemEntry, kSystemCount> kEntries = {{
     {"GPS", 'G', io::GnssSystem::kGps, 35, 0},
     {"GLONASS", 'R', io::GnssSystem::kGlonass, 32, 35},
     {"BeiDou", 'C', io::GnssSystem::kBeiDou, 36, 67},
     {"Galileo", 'E', io::GnssSystem::kGalileo, 32, 103},
 }};
 
-const SystemEntry& EntryOf(EngineSystem system) {
+const SystemEntry& EntryOf(System system) {
     return kEntries[IndexOf(system)];
 }
 
@@ -33,30 +33,30 @@ std::string Named(char letter, int prn) {
 
 }  // namespace
 
-std::size_t IndexOf(EngineSystem system) {
+std::size_t IndexOf(System system) {
     switch (system) {
-        case EngineSystem::kGps:
+        case System::kGps:
             return 0;
-        case EngineSystem::kGlonass:
+        case System::kGlonass:
             return 1;
-        case EngineSystem::kBds:
+        case System::kBds:
             return 2;
-        case EngineSystem::kGalileo:
+        case System::kGalileo:
             return 3;
     }
     return 0;
 }
 
-const char* NameOf(EngineSystem system) {
+const char* NameOf(System system) {
     return EntryOf(system).name;
 }
 
-char LetterOf(EngineSystem system) {
+char LetterOf(System system) {
     return EntryOf(system).letter;
 }
 
-std::optional<EngineSystem> EngineSystemOf(io::GnssSystem system) {
-    for (const EngineSystem candidate : kEngineSystems) {
+std::optional<System> SystemOf(io::GnssSystem system) {
+    for (const System candidate : kSystems) {
         if (EntryOf(candidate).format == system) {
             return candidate;
         }
@@ -64,28 +64,28 @@ std::optional<EngineSystem> EngineSystemOf(io::GnssSystem system) {
     return std::nullopt;
 }
 
-io::GnssSystem FormatSystemOf(EngineSystem system) {
+io::GnssSystem FormatSystemOf(System system) {
     return EntryOf(system).format;
 }
 
-std::optional<EngineSatellite> ToEngine(io::SatelliteId satellite) {
-    const auto system = EngineSystemOf(satellite.system);
+std::optional<Satellite> ToEngine(io::SatelliteId satellite) {
+    const auto system = SystemOf(satellite.system);
     if (!system || satellite.number < 1 || satellite.number > EntryOf(*system).highest) {
         return std::nullopt;
     }
-    return EngineSatellite{*system, satellite.number};
+    return Satellite{*system, satellite.number};
 }
 
-int NumberAcrossSystems(EngineSatellite satellite) {
+int NumberAcrossSystems(Satellite satellite) {
     return satellite.prn + EntryOf(satellite.system).offset;
 }
 
-std::string ToString(EngineSatellite satellite) {
+std::string ToString(Satellite satellite) {
     return Named(LetterOf(satellite.system), satellite.prn);
 }
 
 std::string SatelliteName(int systemCode, int prn) {
-    for (const EngineSystem system : kEngineSystems) {
+    for (const System system : kSystems) {
         if (static_cast<int>(system) == systemCode) {
             return Named(LetterOf(system), prn);
         }
@@ -93,7 +93,7 @@ std::string SatelliteName(int systemCode, int prn) {
     return Named('?', prn);
 }
 
-std::optional<EngineSatellite> ParseSatellite(const std::string& text) {
+std::optional<Satellite> ParseSatellite(const std::string& text) {
     if (text.size() < 2 || text.size() > 3) {
         return std::nullopt;
     }
@@ -105,12 +105,12 @@ std::optional<EngineSatellite> ParseSatellite(const std::string& text) {
         number = 10 * number + (text[i] - '0');
     }
     const char letter = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
-    for (const EngineSystem system : kEngineSystems) {
+    for (const System system : kSystems) {
         if (LetterOf(system) == letter && number >= 1 && number <= EntryOf(system).highest) {
-            return EngineSatellite{system, number};
+            return Satellite{system, number};
         }
     }
     return std::nullopt;
 }
 
-}  // namespace vornel::session
+}  // namespace vornel::engine

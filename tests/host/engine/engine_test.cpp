@@ -1,5 +1,5 @@
 // The thin class over the public header: each argument at its place.
-#include "session/engine.h"
+#include "engine/engine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 #include "recording_engine.h"
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 using test::Calls;
@@ -17,7 +17,7 @@ using ::testing::ElementsAreArray;
 
 TEST(Engine, ConfigurationGoesInTheOrderOfTheHeader) {
     Engine engine(test::RecordingEngine());
-    EngineConfig c;
+    Config c;
     c.slvmode = 6;
     c.elevationMask = 0.2;
     c.samplingInterval = 15.0;
@@ -64,8 +64,8 @@ TEST(Engine, TheRoverComesBeforeTheBase) {
     EXPECT_THAT(Calls().at(0).values, ElementsAreArray(expected));
 }
 
-EngineKepler CountedKepler(EngineSystem system) {
-    EngineKepler r;
+Kepler CountedKepler(System system) {
+    Kepler r;
     r.system = system;
     r.satId = 1;
     r.tocWeek = 2;
@@ -105,9 +105,9 @@ EngineKepler CountedKepler(EngineSystem system) {
 
 TEST(Engine, EphemeridesGoInTheOrderOfTheHeader) {
     Engine engine(test::RecordingEngine());
-    engine.AddKepler(CountedKepler(EngineSystem::kBds));
-    engine.AddKepler(CountedKepler(EngineSystem::kGalileo));
-    engine.AddKepler(CountedKepler(EngineSystem::kGps));
+    engine.AddKepler(CountedKepler(System::kBds));
+    engine.AddKepler(CountedKepler(System::kGalileo));
+    engine.AddKepler(CountedKepler(System::kGps));
     std::vector<double> expected;
     for (int i = 1; i <= 33; ++i) {
         expected.push_back(i);
@@ -123,7 +123,7 @@ TEST(Engine, EphemeridesGoInTheOrderOfTheHeader) {
 
 TEST(Engine, GlonassGoesInTheOrderOfTheHeader) {
     Engine engine(test::RecordingEngine());
-    EngineGlonass r;
+    Glonass r;
     r.slot = 1;
     r.week = 2;
     r.seconds = 3;
@@ -144,9 +144,9 @@ TEST(Engine, GlonassGoesInTheOrderOfTheHeader) {
 
 TEST(Engine, ExclusionsNameSystemAndSpan) {
     Engine engine(test::RecordingEngine());
-    engine.ExcludeSatellites({{EngineSystem::kGps, 5}, {EngineSystem::kGalileo, 30}});
-    engine.ExcludeSpans({EngineSystem::kGlonass, 3}, {{2111, 1, 2111, 2}, {2111, 7, 2112, 8}});
-    engine.ExcludeSpans({EngineSystem::kGlonass, 4}, {});
+    engine.ExcludeSatellites({{System::kGps, 5}, {System::kGalileo, 30}});
+    engine.ExcludeSpans({System::kGlonass, 3}, {{2111, 1, 2111, 2}, {2111, 7, 2112, 8}});
+    engine.ExcludeSpans({System::kGlonass, 4}, {});
     ASSERT_EQ(Calls().size(), 2U);
     EXPECT_THAT(Calls()[0].values, ElementsAre(2, 1, 8, 5, 30));
     EXPECT_THAT(Calls()[1].values, ElementsAre(0, 2, 3, 0, 2111, 1, 2112, 8, 0, 2, 2111, 2111, 1, 7,
@@ -154,7 +154,7 @@ TEST(Engine, ExclusionsNameSystemAndSpan) {
 }
 
 TEST(Engine, AProcessIsDisposedOfOnceItWasCreated) {
-    const EngineApi api = test::RecordingEngine();
+    const Api api = test::RecordingEngine();
     { Engine unused(api); }
     EXPECT_TRUE(Calls().empty());
     {
@@ -168,10 +168,10 @@ TEST(Engine, AProcessIsDisposedOfOnceItWasCreated) {
 }
 
 TEST(Engine, AnAnswerOfZeroIsAFailure) {
-    EngineApi api = test::RecordingEngine();
+    Api api = test::RecordingEngine();
     api.inputIonCorrData = [](double*, double*) { return 0; };
     Engine engine(api);
-    EXPECT_THROW(engine.SetIonosphere({}, {}), EngineFailure);
+    EXPECT_THROW(engine.SetIonosphere({}, {}), Failure);
 }
 
 // A small engine with one float and one fixed solution.
@@ -283,7 +283,7 @@ int Residuals(int, int, int, int kind, int maxCount, int* weeks, double* seconds
 
 TEST(Engine, QueriesAreGatheredWhole) {
     g_solveModel = 3;
-    EngineApi api = test::RecordingEngine();
+    Api api = test::RecordingEngine();
     api.getFloatSolNum = &OneSolution;
     api.getFixedSolNum = &OneSolution;
     api.getFloatSolBaseData = &BaseData;
@@ -301,7 +301,7 @@ TEST(Engine, QueriesAreGatheredWhole) {
     api.getFixedSolResListSize = &SizeOfKind;
     api.getFloatSolResList = &Residuals;
     api.getFixedSolResList = &Residuals;
-    const EngineResults results = Engine(api).Results(85);
+    const Results results = Engine(api).ReadResults(85);
     EXPECT_EQ(results.status, 85);
     EXPECT_EQ(results.tripleDifference.mode, 0);
     ASSERT_EQ(results.floats.size(), 1U);
@@ -339,10 +339,10 @@ TEST(Engine, QueriesAreGatheredWhole) {
     EXPECT_EQ(results.fixeds[0].ratio, 12.5);
     EXPECT_TRUE(std::isnan(results.fixeds[0].ambiguities[0].variance));
     g_solveModel = 1;
-    const EngineResults first = Engine(api).Results(81);
+    const Results first = Engine(api).ReadResults(81);
     EXPECT_EQ(first.floats[0].ambiguities[0].variance, 100);
     EXPECT_EQ(first.floats[0].ambiguities[1].variance, 101);
 }
 
 }  // namespace
-}  // namespace vornel::session
+}  // namespace vornel::engine

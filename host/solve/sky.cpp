@@ -1,15 +1,15 @@
-#include "session/sky.h"
+#include "solve/sky.h"
 
 #include <cmath>
 
 #include "session/broadcast_orbit.h"
 
-namespace vornel::session {
+namespace vornel::solve {
 
-std::map<EngineSatellite, std::vector<SkyPoint>> SkyTracks(const Session& session,
-                                                           const FeedSummary& fed, double step) {
-    std::map<EngineSatellite, std::vector<SkyPoint>> tracks;
-    const Geodetic place = ToGeodetic(session.base.position);
+std::map<engine::Satellite, std::vector<SkyPoint>> SkyTracks(const session::Session& session,
+                                                             const FeedSummary& fed, double step) {
+    std::map<engine::Satellite, std::vector<SkyPoint>> tracks;
+    const session::Geodetic place = session::ToGeodetic(session.base.position);
     for (const auto& [satellite, epochs] : fed.common) {
         std::vector<SkyPoint>& track = tracks[satellite];
         for (const std::uint32_t epoch : epochs) {
@@ -18,12 +18,13 @@ std::map<EngineSatellite, std::vector<SkyPoint>> SkyTracks(const Session& sessio
                 continue;
             }
             constexpr double kFlight = 0.075;  // s, near enough for a direction
-            const auto state =
-                BroadcastState(session.ephemerides, satellite, io::Shifted(time, -kFlight));
+            const auto state = session::BroadcastState(session.ephemerides, satellite,
+                                                       io::Shifted(time, -kFlight));
             if (!state) {
                 continue;
             }
-            const Vector3 neu = ToNeu(place, Minus(state->position, session.base.position));
+            const session::Vector3 neu =
+                session::ToNeu(place, session::Minus(state->position, session.base.position));
             const double azimuth = std::atan2(neu[1], neu[0]);
             track.push_back({epoch, azimuth < 0.0 ? azimuth + 2.0 * M_PI : azimuth,
                              std::atan2(neu[2], std::hypot(neu[0], neu[1]))});
@@ -35,4 +36,4 @@ std::map<EngineSatellite, std::vector<SkyPoint>> SkyTracks(const Session& sessio
     return tracks;
 }
 
-}  // namespace vornel::session
+}  // namespace vornel::solve

@@ -1,8 +1,8 @@
-#include "session/status.h"
+#include "engine/status.h"
 
 #include <array>
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 using K = StatusKind;
@@ -169,4 +169,4 @@ std::vector<int> StatusChain(int finalStatus, int solveModel, bool wideLaneRatio
     return chain;
 }
 
-}  // namespace vornel::session
+}  // namespace vornel::engine

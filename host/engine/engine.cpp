@@ -1,14 +1,14 @@
-#include "session/engine.h"
+#include "engine/engine.h"
 
 #include <utility>
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 void Require(int answer, const char* function) {
     if (answer == 0) {
-        throw EngineFailure(std::string("the engine gave up in ") + function +
-                            " (out of memory, or an error of its own)");
+        throw Failure(std::string("the engine gave up in ") + function +
+                      " (out of memory, or an error of its own)");
     }
 }
 
@@ -124,7 +124,7 @@ void Engine::CreateWithTrace(const std::string& path, int level) {
     created_ = true;
 }
 
-void Engine::Configure(EngineConfig c) {
+void Engine::Configure(Config c) {
     Require(api_.inputSolveConfig(
                 c.slvmode, c.elevationMask, c.samplingInterval, c.minEpochs, c.shortBaselineLimit,
                 c.maxFixBaseline, c.ephemerisSource, c.systems.data(), c.outlierFactor,
@@ -135,7 +135,7 @@ void Engine::Configure(EngineConfig c) {
             "InputSolveConfig");
 }
 
-void Engine::SetStations(EngineStation rover, EngineStation base) {
+void Engine::SetStations(Station rover, Station base) {
     Require(api_.inputAntCorrData(rover.xyz.data(), rover.offset1.data(), rover.offset2.data(),
                                   rover.height, base.xyz.data(), base.offset1.data(),
                                   base.offset2.data(), base.height),
@@ -146,8 +146,8 @@ void Engine::SetIonosphere(std::array<double, 4> alpha, std::array<double, 4> be
     Require(api_.inputIonCorrData(alpha.data(), beta.data()), "InputIonCorrData");
 }
 
-void Engine::AddKepler(const EngineKepler& r) {
-    if (r.system == EngineSystem::kGps) {
+void Engine::AddKepler(const Kepler& r) {
+    if (r.system == System::kGps) {
         Require(api_.inputOneSatNavGPS(r.satId, r.tocWeek, r.tocSeconds, r.af0, r.af1, r.af2,
                                        r.sqrtA, r.e, r.i0, r.omega0, r.omega, r.m0, r.deltaN,
                                        r.omegaDot, r.idot, r.crc, r.crs, r.cuc, r.cus, r.cic, r.cis,
@@ -156,7 +156,7 @@ void Engine::AddKepler(const EngineKepler& r) {
                 "InputOneSatNavGPS");
         return;
     }
-    const bool bds = r.system == EngineSystem::kBds;
+    const bool bds = r.system == System::kBds;
     const auto input = bds ? api_.inputOneSatNavBDS : api_.inputOneSatNavGAL;
     Require(input(r.satId, r.tocWeek, r.tocSeconds, r.af0, r.af1, r.af2, r.sqrtA, r.e, r.i0,
                   r.omega0, r.omega, r.m0, r.deltaN, r.omegaDot, r.idot, r.crc, r.crs, r.cuc, r.cus,
@@ -165,7 +165,7 @@ void Engine::AddKepler(const EngineKepler& r) {
             bds ? "InputOneSatNavBDS" : "InputOneSatNavGAL");
 }
 
-void Engine::AddGlonass(const EngineGlonass& r) {
+void Engine::AddGlonass(const Glonass& r) {
     Require(api_.inputOneSatNavGLO(r.slot, r.week, r.seconds, 0.0, r.tbSeconds, 0.0, r.clockBias,
                                    r.clockDrift, r.position[0], r.position[1], r.position[2],
                                    r.velocity[0], r.velocity[1], r.velocity[2], r.acceleration[0],
@@ -174,7 +174,7 @@ void Engine::AddGlonass(const EngineGlonass& r) {
             "InputOneSatNavGLO");
 }
 
-void Engine::AddPrecise(int component, EngineSatellite satellite, std::vector<int> weeks,
+void Engine::AddPrecise(int component, Satellite satellite, std::vector<int> weeks,
                         std::vector<double> seconds, std::vector<double> values) {
     Require(api_.inputOneSatPreEphValue(component, static_cast<int>(satellite.system),
                                         satellite.prn, static_cast<int>(values.size()),
@@ -182,7 +182,7 @@ void Engine::AddPrecise(int component, EngineSatellite satellite, std::vector<in
             "InputOneSatPreEphValue");
 }
 
-void Engine::AddEpoch(EngineReceiverEpoch rover, EngineReceiverEpoch base) {
+void Engine::AddEpoch(ReceiverEpoch rover, ReceiverEpoch base) {
     Require(api_.inputEpochObsData(rover.week, rover.seconds, rover.satellites.data(),
                                    rover.code1.data(), rover.code2.data(), rover.phase1.data(),
                                    rover.phase2.data(), base.week, base.seconds,
@@ -191,9 +191,9 @@ void Engine::AddEpoch(EngineReceiverEpoch rover, EngineReceiverEpoch base) {
             "InputEpochObsData");
 }
 
-void Engine::ExcludeSatellites(const std::vector<EngineSatellite>& satellites) {
+void Engine::ExcludeSatellites(const std::vector<Satellite>& satellites) {
     std::vector<int> systems, prns;
-    for (const EngineSatellite& satellite : satellites) {
+    for (const Satellite& satellite : satellites) {
         systems.push_back(static_cast<int>(satellite.system));
         prns.push_back(satellite.prn);
     }
@@ -201,13 +201,13 @@ void Engine::ExcludeSatellites(const std::vector<EngineSatellite>& satellites) {
             "MarkDelSatList");
 }
 
-void Engine::ExcludeSpans(EngineSatellite satellite, const std::vector<EngineSpan>& spans) {
+void Engine::ExcludeSpans(Satellite satellite, const std::vector<Span>& spans) {
     if (spans.empty()) {
         return;
     }
     std::vector<int> startWeeks, endWeeks;
     std::vector<double> startSeconds, endSeconds;
-    for (const EngineSpan& span : spans) {
+    for (const Span& span : spans) {
         startWeeks.push_back(span.startWeek);
         startSeconds.push_back(span.startSeconds);
         endWeeks.push_back(span.endWeek);
@@ -261,8 +261,8 @@ Solution Engine::FixedSolution(int index) const {
     return solution;
 }
 
-EngineResults Engine::Results(int status) const {
-    EngineResults results;
+Results Engine::ReadResults(int status) const {
+    Results results;
     results.status = status;
     bool flagA = false, flagB = false, flagC = false;
     int code = 0;
@@ -282,4 +282,4 @@ EngineResults Engine::Results(int status) const {
     return results;
 }
 
-}  // namespace vornel::session
+}  // namespace vornel::engine

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "session/engine.h"
+#include "engine/engine.h"
 
 namespace vornel::test {
 
@@ -25,6 +25,6 @@ struct RecordedRun {
 RecordedRun& NextRun();
 
 // Clears the calls and answers the table of recording functions. Queries answer 0 and write nothing.
-session::EngineApi RecordingEngine();
+engine::Api RecordingEngine();
 
 }  // namespace vornel::test

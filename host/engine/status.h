@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace vornel::session {
+namespace vornel::engine {
 
 // What kind of end a status is.
 enum class StatusKind {
@@ -46,4 +46,4 @@ const char* SolveModelName(int solveModel);
 std::vector<int> StatusChain(int finalStatus, int solveModel, bool wideLaneRatioPassed,
                              bool finalRatioPassed);
 
-}  // namespace vornel::session
+}  // namespace vornel::engine

@@ -4,9 +4,9 @@
 #include <map>
 #include <vector>
 
-#include "session/session.h"
+#include "solve/feed.h"
 
-namespace vornel::session {
+namespace vornel::solve {
 
 struct SkyPoint {
     std::uint32_t epoch = 0;  // index of the epoch handed over
@@ -17,7 +17,7 @@ struct SkyPoint {
 // The satellites that both receivers observed, at the epochs at which they did, at most one point
 // per `step` seconds; from the broadcast orbits, to some thousandths of a degree. A satellite
 // without broadcast record has no points.
-std::map<EngineSatellite, std::vector<SkyPoint>> SkyTracks(const Session& session,
-                                                           const FeedSummary& fed, double step);
+std::map<engine::Satellite, std::vector<SkyPoint>> SkyTracks(const session::Session& session,
+                                                             const FeedSummary& fed, double step);
 
-}  // namespace vornel::session
+}  // namespace vornel::solve

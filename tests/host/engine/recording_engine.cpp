@@ -192,10 +192,10 @@ RecordedRun& NextRun() {
     return run;
 }
 
-session::EngineApi RecordingEngine() {
+engine::Api RecordingEngine() {
     Calls().clear();
     NextRun() = {};
-    session::EngineApi api;
+    engine::Api api;
     SetPlain<kCreate>(api.createBLProcess);
     api.createBLProcessWithTrace = &CreateWithTrace;
     SetPlain<kDispose>(api.diposeProcess);

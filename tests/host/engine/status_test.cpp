@@ -1,10 +1,10 @@
-#include "session/status.h"
+#include "engine/status.h"
 
 #include <gtest/gtest.h>
 
 #include <set>
 
-namespace vornel::session {
+namespace vornel::engine {
 namespace {
 
 TEST(Status, EveryStatusOfTheHeaderHasItsOwnWords) {
@@ -57,4 +57,4 @@ TEST(Status, ChainOfModel6GoesThroughTheWideLane) {
 }
 
 }  // namespace
-}  // namespace vornel::session
+}  // namespace vornel::engine
