@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """names.py ROOT: what the documents name exists.
 
-In README.md and docs/: every link to a file leads to one, with its heading, and every path in
-backticks exists. In the documents of the method every other name in backticks, too, is one of the
+In every document, READMEs of the tests too: every link to a file leads to one, with its heading, and
+every path in backticks exists, where FOLDER and TARGET stand for any name. In the documents of the method every other name in backticks, too, is one of the
 source: an option of the command (`--name`), or a class, function, field or constant of src/ or
 include/ outside its comments.
 """
@@ -46,7 +46,7 @@ def spans_of(text):
 
 
 def path_exists(root, span):
-    return next(root.glob(span.rstrip("/")), None) is not None
+    return next(root.glob(re.sub(r"\b(FOLDER|TARGET)\b", "*", span.rstrip("/"))), None) is not None
 
 
 def path_faults(root, spans):
@@ -95,7 +95,8 @@ def name_faults(root, spans):
 
 
 def faults(root):
-    documents = [root / "README.md", *sorted((root / "docs").glob("*.md"))]
+    documents = [path for kind in ("*.md", "docs/*.md", "data/*.md", "tests/**/README.md")
+                 for path in sorted(root.glob(kind))]
     for document in documents:
         text = document.read_text(encoding="utf-8")
         spans = spans_of(text)

@@ -15,6 +15,7 @@ TREE = {
     "include/api.h": "int Start(void);\n",
     "host/settings.cpp": 'Setting("mask");\n',
     "tests/a.py": "",
+    "tests/some/README.md": "",
 }
 
 
@@ -41,6 +42,14 @@ class Names(unittest.TestCase):
         self.assertEqual(self.faults("docs/other.md", "`src/run/gone.cpp` `run/gone.*`\n"),
                          ["docs/other.md: no path src/run/gone.cpp",
                           "docs/other.md: no path run/gone.* in src"])
+
+    def test_a_folder_that_the_reader_chooses(self):
+        self.assertEqual(self.faults("docs/other.md", "`src/FOLDER/` `tests/FOLDER/gone`\n"),
+                         ["docs/other.md: no path tests/FOLDER/gone"])
+
+    def test_documents_outside_docs(self):
+        self.assertEqual(self.faults("tests/some/README.md", "`src/gone`\n"),
+                         ["tests/some/README.md: no path src/gone"])
 
     def test_a_name_that_is_in_a_comment_alone(self):
         self.assertEqual(self.faults("docs/method.md", "`Ghost` `Solver::Spirit` `Start`\n"),
