@@ -1,6 +1,8 @@
 // Networks of known truth: stations on the earth, vectors with errors drawn from their covariances.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,6 +19,25 @@ using network::Matrix3;
 using network::Network;
 using network::NetworkVector;
 using network::Vector3;
+
+// Runs of an experiment by chance: fewer where a sanitizer makes each take a hundred times as long.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr int kShareOfRuns = 10;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+inline constexpr int kShareOfRuns = 10;
+#else
+inline constexpr int kShareOfRuns = 1;
+#endif
+#else
+inline constexpr int kShareOfRuns = 1;
+#endif
+
+// Whether `count` of `runs` is what a probability gives, within three standard deviations.
+inline void ExpectShare(int count, int runs, double probability) {
+    EXPECT_NEAR(static_cast<double>(count) / runs, probability,
+                3.0 * std::sqrt(probability * (1.0 - probability) / runs));
+}
 
 // Lower Cholesky factor of a 3x3 matrix, row by row.
 inline Matrix3 Root(const Matrix3& m) {
