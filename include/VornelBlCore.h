@@ -405,8 +405,8 @@ VORNEL_API int GetFloatSolAmbNum(int index);
 VORNEL_API int GetFixedSolAmbNum(int index);
 
 /* At most maxCount ambiguities; returns how many were written.
- * ratio  out: acceptance ratio of the fixing, 1 to 99; also written when maxCount is 0 or when there
- *        are no ambiguities */
+ * ratio  out: acceptance ratio of the fixing, 1 to 99; also written when maxCount is 0 or when
+ *        there are no ambiguities */
 VORNEL_API int GetFloatSolAmbListData(int index, int maxCount, VORNEL_AMBIGUITY_ARRAYS);
 VORNEL_API int GetFixedSolAmbListData(int index, int maxCount, double* ratio,
                                       VORNEL_AMBIGUITY_ARRAYS);
