@@ -115,7 +115,8 @@ int SolveCommand(SolveArguments arguments, const std::string& commandLine,
     ProgressLine progress(terminal.get(), around.errIsTerminal);
     progress.Tell("reading files", 0, 0);
     session::Inputs inputs =
-        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values));
+        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values),
+                            solve::UnpackLimitOf(arguments.settings.values));
     result.session = solve::PrepareSession(std::move(inputs), std::move(arguments.settings));
     Solve(result, arguments, around.engine, progress);
     progress.Stop();
@@ -147,7 +148,8 @@ int ConfigCommand(ConfigArguments arguments, const Surroundings& around) {
         return 0;
     }
     session::Inputs inputs =
-        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values));
+        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values),
+                            solve::UnpackLimitOf(arguments.settings.values));
     const session::Session prepared =
         solve::PrepareSession(std::move(inputs), std::move(arguments.settings));
     around.out << PrintToml(prepared.settings);

@@ -45,7 +45,8 @@ std::string GeneralHelp() {
   vornel --version
 
 Files are told by what they hold: RINEX observations (Compact RINEX too) and
-navigation, SP3 orbits, ANTEX antennas; plain or as .gz, .Z, .bz2, .xz or .zip.
+navigation, SP3 orbits, ANTEX antennas; plain or packed as .gz,
+.Z, .bz2, .xz, .zst, .zip, .tar.
 
 Examples
   vornel solve --base WTZR.rnx --rover WTZZ.rnx BRDC.rnx

@@ -243,27 +243,28 @@ std::string Notes(const std::vector<io::InputNote>& notes) {
                                  : text;
 }
 
-std::string MemberInfo(const io::FileBytes& file) {
-    const io::FileKind kind = io::RecogniseFile(file.bytes, file.name);
+std::string MemberInfo(const io::FileMember& file) {
+    io::LineCursor lines(file.bytes, file.name);
+    const io::FileKind kind = io::RecogniseFile(lines.Head(), file.name);
     std::string text = file.name + ": " + io::KindName(kind);
     const auto version = [](double number) { return Format(" %.2f", number); };
     const std::string packing = file.packing == "plain" ? "\n" : " (" + file.packing + ")\n";
     switch (kind) {
         case io::FileKind::kObservation:
         case io::FileKind::kCompactObservation: {
-            const io::Observations o = io::ReadObservations(file.bytes, file.name);
+            const io::Observations o = io::ReadObservations(lines);
             return text + version(o.version) + packing + ObservationInfo(o) + Notes(o.notes);
         }
         case io::FileKind::kNavigation: {
-            const io::Navigation n = io::ReadNavigation(file.bytes, file.name);
+            const io::Navigation n = io::ReadNavigation(lines);
             return text + version(n.version) + packing + NavigationInfo(n) + Notes(n.notes);
         }
         case io::FileKind::kPreciseOrbit: {
-            const io::PreciseOrbits o = io::ReadPreciseOrbits(file.bytes, file.name);
+            const io::PreciseOrbits o = io::ReadPreciseOrbits(lines);
             return text + packing + OrbitInfo(o) + Notes(o.notes);
         }
         case io::FileKind::kAntenna: {
-            const io::AntennaFile a = io::ReadAntennas(file.bytes, file.name);
+            const io::AntennaFile a = io::ReadAntennas(lines);
             return text + packing + AntennaInfo(a) + Notes(a.notes);
         }
     }
@@ -274,9 +275,8 @@ std::string MemberInfo(const io::FileBytes& file) {
 
 std::string InfoReport(const std::string& path) {
     std::string text;
-    for (const io::FileBytes& file : io::ReadFile(path)) {
-        text += MemberInfo(file);
-    }
+    io::UnpackingLimit limit;
+    io::ReadMembers(path, limit, [&](io::FileMember& file) { text += MemberInfo(file); });
     return text;
 }
 

@@ -12,9 +12,7 @@ constexpr double kMetresPerMillimetre = 1e-3;
 
 class AntennaReader {
   public:
-    AntennaReader(std::string_view bytes, const std::string& name) : cursor_(bytes, name) {
-        data_.file = name;
-    }
+    explicit AntennaReader(LineCursor& text) : cursor_(text) { data_.file = text.file(); }
 
     AntennaFile Read() {
         ReadVersion();
@@ -179,7 +177,7 @@ class AntennaReader {
                                     millimetres[2] * kMetresPerMillimetre});
     }
 
-    LineCursor cursor_;
+    LineCursor& cursor_;
     AntennaFile data_;
     AntennaCalibration antenna_;
     std::string frequency_;
@@ -195,8 +193,8 @@ bool IsValidAt(const AntennaCalibration& antenna, const GpsTime& time) {
 
 }  // namespace
 
-AntennaFile ReadAntennas(std::string_view bytes, const std::string& name) {
-    return AntennaReader(bytes, name).Read();
+AntennaFile ReadAntennas(LineCursor& text) {
+    return AntennaReader(text).Read();
 }
 
 const PhaseCentreOffset* FindOffset(const AntennaCalibration& antenna, std::string_view frequency) {

@@ -9,6 +9,7 @@
 
 #include "io/gnss_time.h"
 #include "io/input_error.h"
+#include "io/line_cursor.h"
 
 namespace vornel::io {
 
@@ -41,7 +42,13 @@ struct AntennaFile {
     std::vector<InputNote> notes;
 };
 
-AntennaFile ReadAntennas(std::string_view bytes, const std::string& name);
+AntennaFile ReadAntennas(LineCursor& text);
+
+// The same of a text in memory.
+inline AntennaFile ReadAntennas(std::string_view bytes, const std::string& name) {
+    LineCursor text(bytes, name);
+    return ReadAntennas(text);
+}
 
 // The offset of a frequency, or nothing.
 const PhaseCentreOffset* FindOffset(const AntennaCalibration& antenna, std::string_view frequency);

@@ -8,6 +8,7 @@
 
 #include "io/observation_builder.h"
 #include "io/observation_reader.h"
+#include "io/text_fields.h"
 
 namespace vornel::io {
 namespace {
@@ -67,9 +68,8 @@ struct SatelliteState {
 
 class CompactReader {
   public:
-    CompactReader(std::string_view bytes, const std::string& name,
-                  const ObservationSelection& selection)
-        : cursor_(bytes, name), builder_(name, selection), states_(kSystemCount * 100) {}
+    CompactReader(LineCursor& text, const ObservationSelection& selection)
+        : cursor_(text), builder_(text.file(), selection), states_(kSystemCount * 100) {}
 
     Observations Read() {
         ReadCompactHeader();
@@ -80,7 +80,7 @@ class CompactReader {
         }
         builder_.UseHeader(header_, cursor_);
         while (cursor_.Next()) {
-            if (!(Trim(cursor_.line()).empty() && OnlyBlankLinesFollow())) {
+            if (!Trim(cursor_.line()).empty()) {
                 ReadEpoch();
             }
         }
@@ -107,16 +107,6 @@ class CompactReader {
             cursor_.Refuse(InputFault::kTruncated, "the file ends in its header",
                            "fetch or export the file again");
         }
-    }
-
-    bool OnlyBlankLinesFollow() const {
-        LineCursor ahead = cursor_;
-        while (ahead.Next()) {
-            if (!Trim(ahead.line()).empty()) {
-                return false;
-            }
-        }
-        return true;
     }
 
     void ReadEpoch() {
@@ -334,7 +324,7 @@ class CompactReader {
         }
     }
 
-    LineCursor cursor_;
+    LineCursor& cursor_;
     ObservationHeader header_;
     ObservationBuilder builder_;
     bool isVersion1_ = false;
@@ -349,9 +339,8 @@ class CompactReader {
 
 }  // namespace
 
-Observations ReadCompactRinex(std::string_view bytes, const std::string& name,
-                              const ObservationSelection& selection) {
-    return CompactReader(bytes, name, selection).Read();
+Observations ReadCompactRinex(LineCursor& text, const ObservationSelection& selection) {
+    return CompactReader(text, selection).Read();
 }
 
 }  // namespace vornel::io

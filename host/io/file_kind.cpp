@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "io/input_error.h"
+#include "io/line_cursor.h"
 #include "io/text_fields.h"
 
 namespace vornel::io {
@@ -55,7 +56,8 @@ bool LooksBinary(std::string_view bytes) {
 }
 
 // The first line with something on it, when the first of all has nothing.
-bool StartsWithBlankLines(LineCursor cursor) {
+bool StartsWithBlankLines(std::string_view head, const std::string& name) {
+    LineCursor cursor(head, name);
     while (cursor.Next()) {
         if (!Trim(cursor.line()).empty()) {
             return cursor.number() > 1 && HeaderLabel(cursor.line()) == "RINEX VERSION / TYPE";
@@ -106,14 +108,14 @@ FileKind RecogniseFile(std::string_view bytes, const std::string& name) {
         (line[2] == 'P' || line[2] == 'V' || line[2] == ' ')) {
         return FileKind::kPreciseOrbit;
     }
-    if (StartsWithBlankLines(LineCursor(bytes, name))) {
+    if (StartsWithBlankLines(bytes, name)) {
         RefuseKind(name, 1, "the first line is blank, not the RINEX VERSION / TYPE line",
                    "remove the blank lines at the top");
     }
     if (LooksBinary(bytes)) {
         RefuseKind(name, 0, "it is a binary file",
                    "convert receiver formats to RINEX first; packed files may be .gz, .Z, .bz2, "
-                   ".xz or .zip");
+                   ".xz, .zst, .zip or .tar");
     }
     const std::string_view text = Trim(line);
     if (!text.empty() && text.front() == '<') {

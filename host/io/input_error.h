@@ -44,6 +44,13 @@ class InputError : public std::runtime_error {
     std::string hint_;
 };
 
+// Thrown when the bytes themselves cannot be had: a damaged or cut packing, a disk that fails, more
+// bytes than a run may unpack. No reader can go on behind it.
+class SourceError : public InputError {
+  public:
+    using InputError::InputError;
+};
+
 // Something a reader accepted or left out that the user should know of.
 struct InputNote {
     std::size_t line = 0;  // counts from 1; 0 when no line is meant

@@ -13,6 +13,7 @@
 
 #include "io/gnss_time.h"
 #include "io/input_error.h"
+#include "io/line_cursor.h"
 #include "io/satellite.h"
 
 namespace vornel::io {
@@ -135,6 +136,12 @@ struct Navigation {
 
 // Throws InputError: wrong kind, unsupported version, a header that cannot be, a file cut off in a
 // record, or no record that can be read although there are some.
-Navigation ReadNavigation(std::string_view bytes, const std::string& name);
+Navigation ReadNavigation(LineCursor& text);
+
+// The same of a text in memory.
+inline Navigation ReadNavigation(std::string_view bytes, const std::string& name) {
+    LineCursor text(bytes, name);
+    return ReadNavigation(text);
+}
 
 }  // namespace vornel::io

@@ -17,7 +17,9 @@ namespace {
 
 constexpr std::size_t kNumberWidth = 19;  // D19.12
 constexpr std::size_t kMostLines = 10;    // of a record, CNV1 and CNV2
+constexpr std::size_t kLineWidth = 96;    // kept of a line, which has 80 columns
 
+// A line of a record, without what lies behind its last column.
 struct RecordLine {
     std::string_view text;
     std::size_t number = 0;
@@ -75,9 +77,7 @@ std::int32_t ToCode(double value, const RecordLine& line, const char* what) {
 
 class NavigationReader {
   public:
-    NavigationReader(std::string_view bytes, const std::string& name) : cursor_(bytes, name) {
-        data_.file = name;
-    }
+    explicit NavigationReader(LineCursor& text) : cursor_(text) { data_.file = text.file(); }
 
     Navigation Read() {
         ReadHeader();
@@ -264,8 +264,11 @@ class NavigationReader {
     }
 
     void AddLine() {
-        if (lines_.size() <= kMostLines + 1) {
-            lines_.push_back({cursor_.line(), cursor_.number(), cursor_.terminated()});
+        if (lines_.size() < linesText_.size()) {
+            auto& text = linesText_[lines_.size()];
+            const std::size_t size = cursor_.line().copy(text.data(), text.size());
+            lines_.push_back(
+                {std::string_view(text.data(), size), cursor_.number(), cursor_.terminated()});
         }
     }
 
@@ -706,10 +709,12 @@ class NavigationReader {
         }
     }
 
-    LineCursor cursor_;
+    LineCursor& cursor_;
     Navigation data_;
     GnssSystem fileSystem_ = GnssSystem::kGps;
     std::vector<RecordLine> lines_;  // of the record at hand
+    // What they say; the text moves on.
+    std::array<std::array<char, kLineWidth>, kMostLines + 2> linesText_;
 };
 
 }  // namespace
@@ -720,8 +725,8 @@ const char* MessageName(NavigationMessage message) {
     return kNames[static_cast<std::size_t>(message)];
 }
 
-Navigation ReadNavigation(std::string_view bytes, const std::string& name) {
-    return NavigationReader(bytes, name).Read();
+Navigation ReadNavigation(LineCursor& text) {
+    return NavigationReader(text).Read();
 }
 
 }  // namespace vornel::io

@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "io/text_fields.h"
+
 namespace vornel::io {
 namespace {
 
@@ -122,12 +124,13 @@ ObservationBuilder::ObservationBuilder(const std::string& name,
     data_.file = name;
 }
 
-void ObservationBuilder::Reserve(std::size_t textSize) {
+void ObservationBuilder::Reserve(std::uint64_t textSize) {
     if (selection_.start || selection_.end || selection_.interval > 0.0) {
         return;
     }
-    constexpr std::size_t kCharactersPerValue = 16;
-    const std::size_t values = std::min(textSize / kCharactersPerValue, kMaximumValues);
+    constexpr std::uint64_t kCharactersPerValue = 16;
+    const auto values = static_cast<std::size_t>(
+        std::min<std::uint64_t>(textSize / kCharactersPerValue, kMaximumValues));
     data_.values.reserve(values);
     data_.lossOfLock.reserve(values);
     data_.signalStrength.reserve(values);

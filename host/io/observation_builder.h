@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "io/line_cursor.h"
 #include "io/observation_header.h"
 #include "io/observations.h"
-#include "io/text_fields.h"
 
 namespace vornel::io {
 
@@ -42,7 +42,7 @@ class ObservationBuilder {
 
     // Room for the observations of a text of that many characters, if all of it is kept. Memory that
     // is never filled is never taken from the machine.
-    void Reserve(std::size_t textSize);
+    void Reserve(std::uint64_t textSize);
 
     // The header in force from here on. To be called after the header and after each event.
     void UseHeader(const ObservationHeader& header, const LineCursor& cursor);

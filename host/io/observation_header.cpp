@@ -5,6 +5,7 @@
 
 #include "io/observation_codes.h"
 #include "io/rinex_version.h"
+#include "io/text_fields.h"
 
 namespace vornel::io {
 namespace {

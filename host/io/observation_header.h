@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "io/line_cursor.h"
 #include "io/observations.h"
-#include "io/text_fields.h"
 
 namespace vornel::io {
 

@@ -4,16 +4,15 @@
 
 namespace vornel::io {
 
-Observations ReadObservations(std::string_view bytes, const std::string& name,
-                              const ObservationSelection& selection) {
-    const FileKind kind = RecogniseFile(bytes, name);
+Observations ReadObservations(LineCursor& text, const ObservationSelection& selection) {
+    const FileKind kind = RecogniseFile(text.Head(), text.file());
     if (kind == FileKind::kObservation) {
-        return ReadRinexObservations(bytes, name, selection);
+        return ReadRinexObservations(text, selection);
     }
     if (kind == FileKind::kCompactObservation) {
-        return ReadCompactRinex(bytes, name, selection);
+        return ReadCompactRinex(text, selection);
     }
-    throw InputError(InputFault::kWrongKind, name, 1,
+    throw InputError(InputFault::kWrongKind, text.file(), 1,
                      std::string("it is a ") + KindName(kind) + ", not observations",
                      "give a RINEX observation file");
 }

@@ -140,6 +140,7 @@ struct ObservationSelection {
     double interval = 0.0;  // seconds; keeps epochs whose tag rounded to 0.1 s is a multiple; 0 all
     std::array<bool, kSystemCount> systems = {true, true, true, true, true, true, true};
     std::string types = "CLDS";  // first letters of the codes that are kept
+    bool strict = false;         // damage refuses the file; else it is left out and told
 };
 
 // Joins files of one station into one, in the order of their first epochs; an epoch that repeats

@@ -17,9 +17,8 @@ constexpr double kAbsent = std::numeric_limits<double>::quiet_NaN();
 
 class OrbitReader {
   public:
-    OrbitReader(std::string_view bytes, const std::string& name)
-        : cursor_(bytes, name), seriesOf_(kSystemCount * 100, kNone) {
-        data_.file = name;
+    explicit OrbitReader(LineCursor& text) : cursor_(text), seriesOf_(kSystemCount * 100, kNone) {
+        data_.file = text.file();
     }
 
     PreciseOrbits Read() {
@@ -226,7 +225,7 @@ class OrbitReader {
         data_.notes.push_back({cursor_.number(), "the EOF line is missing"});
     }
 
-    LineCursor cursor_;
+    LineCursor& cursor_;
     PreciseOrbits data_;
     std::size_t announcedEpochs_ = 0;
     std::optional<int> announcedSatellites_;
@@ -238,8 +237,8 @@ class OrbitReader {
 
 }  // namespace
 
-PreciseOrbits ReadPreciseOrbits(std::string_view bytes, const std::string& name) {
-    return OrbitReader(bytes, name).Read();
+PreciseOrbits ReadPreciseOrbits(LineCursor& text) {
+    return OrbitReader(text).Read();
 }
 
 }  // namespace vornel::io

@@ -8,6 +8,7 @@
 
 #include "io/gnss_time.h"
 #include "io/input_error.h"
+#include "io/line_cursor.h"
 #include "io/satellite.h"
 
 namespace vornel::io {
@@ -36,6 +37,12 @@ struct PreciseOrbits {
 };
 
 // Throws InputError, also for a file that ends without its EOF line.
-PreciseOrbits ReadPreciseOrbits(std::string_view bytes, const std::string& name);
+PreciseOrbits ReadPreciseOrbits(LineCursor& text);
+
+// The same of a text in memory.
+inline PreciseOrbits ReadPreciseOrbits(std::string_view bytes, const std::string& name) {
+    LineCursor text(bytes, name);
+    return ReadPreciseOrbits(text);
+}
 
 }  // namespace vornel::io

@@ -7,6 +7,7 @@
 
 #include "io/observation_builder.h"
 #include "io/observation_reader.h"
+#include "io/text_fields.h"
 
 namespace vornel::io {
 namespace {
@@ -60,10 +61,9 @@ Parsed ParseF14_3(const char* text, std::int64_t& milli) {
 
 class RinexReader {
   public:
-    RinexReader(std::string_view bytes, const std::string& name,
-                const ObservationSelection& selection)
-        : cursor_(bytes, name), builder_(name, selection) {
-        builder_.Reserve(bytes.size());
+    RinexReader(LineCursor& text, const ObservationSelection& selection)
+        : cursor_(text), builder_(text.file(), selection) {
+        builder_.Reserve(text.SizeHint());
     }
 
     Observations Read() {
@@ -304,7 +304,7 @@ class RinexReader {
         return static_cast<std::uint8_t>(c - '0');
     }
 
-    LineCursor cursor_;
+    LineCursor& cursor_;
     ObservationHeader header_;
     ObservationBuilder builder_;
     std::vector<SatelliteId> satellites_;  // of an epoch of version 2
@@ -313,9 +313,8 @@ class RinexReader {
 
 }  // namespace
 
-Observations ReadRinexObservations(std::string_view bytes, const std::string& name,
-                                   const ObservationSelection& selection) {
-    return RinexReader(bytes, name, selection).Read();
+Observations ReadRinexObservations(LineCursor& text, const ObservationSelection& selection) {
+    return RinexReader(text, selection).Read();
 }
 
 }  // namespace vornel::io

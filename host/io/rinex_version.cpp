@@ -1,5 +1,7 @@
 #include "io/rinex_version.h"
 
+#include "io/text_fields.h"
+
 namespace vornel::io {
 namespace {
 

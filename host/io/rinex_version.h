@@ -1,7 +1,7 @@
 // The version on the first line of RINEX files of all kinds.
 #pragma once
 
-#include "io/text_fields.h"
+#include "io/line_cursor.h"
 
 namespace vornel::io {
 

@@ -6,17 +6,6 @@
 
 namespace vornel::io {
 
-void LineCursor::RefuseField(std::string reason, std::string hint) const {
-    if (!terminated_) {
-        Refuse(InputFault::kTruncated, "the file ends within a record: " + reason,
-               "fetch or export the file again");
-    }
-    if (hint.empty() && line_.find('\t') != std::string_view::npos) {
-        hint = "the line has a tab, but the columns of the format are fixed";
-    }
-    Refuse(InputFault::kMalformed, std::move(reason), std::move(hint));
-}
-
 std::string_view Trim(std::string_view text) {
     while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
         text.remove_prefix(1);

@@ -45,7 +45,8 @@ bool IsObservation(io::FileKind kind) {
 
 class Reader {
   public:
-    explicit Reader(const io::ObservationSelection& selection) : selection_(selection) {}
+    Reader(const io::ObservationSelection& selection, io::UnpackingLimit& limit)
+        : selection_(selection), limit_(limit) {}
 
     Inputs Read(const InputPaths& paths) {
         ReadStation(paths.base, FileRole::kBase, base_);
@@ -76,17 +77,18 @@ class Reader {
             }
             bool any = false;
             std::string otherKind;
-            for (io::FileBytes& file : io::ReadFile(path)) {
-                const io::FileKind kind = io::RecogniseFile(file.bytes, file.name);
+            io::ReadMembers(path, limit_, [&](io::FileMember& file) {
+                io::LineCursor text(file.bytes, file.name);
+                const io::FileKind kind = io::RecogniseFile(text.Head(), file.name);
                 if (IsObservation(kind)) {
                     any = true;
-                    parts.push_back(io::ReadObservations(file.bytes, file.name, selection_));
+                    parts.push_back(io::ReadObservations(text, selection_));
                     Note(file, role, kind);
                 } else {
                     otherKind = io::KindName(kind);
-                    ReadShared(file, kind);
+                    ReadShared(file, text, kind);
                 }
-            }
+            });
             if (!any) {
                 throw SessionFault(
                     Fault::kWrongRole, path + ": this is a " + otherKind + ", not observations",
@@ -97,32 +99,33 @@ class Reader {
     }
 
     void ReadOther(const std::string& path) {
-        for (io::FileBytes& file : io::ReadFile(path)) {
-            const io::FileKind kind = io::RecogniseFile(file.bytes, file.name);
+        io::ReadMembers(path, limit_, [&](io::FileMember& file) {
+            io::LineCursor text(file.bytes, file.name);
+            const io::FileKind kind = io::RecogniseFile(text.Head(), file.name);
             if (IsObservation(kind)) {
-                unassigned_.push_back(io::ReadObservations(file.bytes, file.name, selection_));
+                unassigned_.push_back(io::ReadObservations(text, selection_));
                 Note(file, FileRole::kBase, kind);
                 unassignedFiles_.push_back(inputs_.files.size() - 1);
             } else {
-                ReadShared(file, kind);
+                ReadShared(file, text, kind);
             }
-        }
+        });
     }
 
-    void ReadShared(const io::FileBytes& file, io::FileKind kind) {
+    void ReadShared(const io::FileMember& file, io::LineCursor& text, io::FileKind kind) {
         if (kind == io::FileKind::kNavigation) {
-            inputs_.navigation.push_back(io::ReadNavigation(file.bytes, file.name));
+            inputs_.navigation.push_back(io::ReadNavigation(text));
             Note(file, FileRole::kNavigation, kind);
         } else if (kind == io::FileKind::kPreciseOrbit) {
-            inputs_.orbits.push_back(io::ReadPreciseOrbits(file.bytes, file.name));
+            inputs_.orbits.push_back(io::ReadPreciseOrbits(text));
             Note(file, FileRole::kPreciseOrbit, kind);
         } else {
-            inputs_.antennas.push_back(io::ReadAntennas(file.bytes, file.name));
+            inputs_.antennas.push_back(io::ReadAntennas(text));
             Note(file, FileRole::kAntenna, kind);
         }
     }
 
-    void Note(const io::FileBytes& file, FileRole role, io::FileKind kind) {
+    void Note(const io::FileMember& file, FileRole role, io::FileKind kind) {
         inputs_.files.push_back({file.path, file.name, role, kind, file.packing, file.packedSize,
                                  FileSha256(file.path)});
     }
@@ -147,6 +150,7 @@ class Reader {
     }
 
     const io::ObservationSelection& selection_;
+    io::UnpackingLimit& limit_;
     Inputs inputs_;
     std::vector<io::Observations> base_, rover_, unassigned_;
     std::vector<std::size_t> unassignedFiles_;  // indices in inputs_.files
@@ -193,8 +197,10 @@ std::vector<FileNote> NotesOfReaders(const Inputs& inputs) {
     return all;
 }
 
-Inputs ReadInputs(const InputPaths& paths, const io::ObservationSelection& selection) {
-    return Reader(selection).Read(paths);
+Inputs ReadInputs(const InputPaths& paths, const io::ObservationSelection& selection,
+                  std::uint64_t unpackLimit) {
+    io::UnpackingLimit limit(unpackLimit);
+    return Reader(selection, limit).Read(paths);
 }
 
 }  // namespace vornel::session

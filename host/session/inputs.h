@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "io/antennas.h"
+#include "io/file_bytes.h"
 #include "io/file_kind.h"
 #include "io/navigation.h"
 #include "io/observations.h"
@@ -55,7 +56,9 @@ std::vector<FileNote> NotesOfReaders(const Inputs& inputs);
 
 // Reads everything. A file given for a station must hold observations. The other files are told by
 // content; an observation file among them joins the station whose marker name it carries. A path
-// given twice is read once. Throws io::InputError and SessionFault.
-Inputs ReadInputs(const InputPaths& paths, const io::ObservationSelection& selection);
+// given twice is read once. All files together may unpack to `unpackLimit` bytes. Throws
+// io::InputError and SessionFault.
+Inputs ReadInputs(const InputPaths& paths, const io::ObservationSelection& selection,
+                  std::uint64_t unpackLimit = io::kUsualUnpackedBytes);
 
 }  // namespace vornel::session

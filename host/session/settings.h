@@ -58,7 +58,9 @@ struct Settings {
     bool trustCode = false;
     std::optional<io::GpsTime> start;  // GPS time
     std::optional<io::GpsTime> end;
-    double interval = 0.0;  // s; 0: every epoch
+    double interval = 0.0;     // s; 0: every epoch
+    bool strict = false;       // refuse a file with damage instead of leaving the damage out
+    double unpackLimit = 4.0;  // GiB that all files together may unpack to
 };
 
 // A value that cannot be taken; the text tells what would be.

@@ -5,7 +5,8 @@ _vornel()
     local options="\
         --base --rover --config --json --trace --verbose --solve-mode --elevation-mask --systems \
         --ephemeris-source --gal-freq1 --gal-freq2 --exclude --no-iono --base-xyz --rover-xyz \
-        --base-height --rover-height --trust-code --start --end --interval --sampling-interval \
+        --base-height --rover-height --trust-code --start --end --interval --strict --unpack-limit \
+        --sampling-interval \
         --min-epochs --period-length --short-baseline-limit --max-fix-baseline --ratio-threshold \
         --outlier-factor --slip-test-cap --phase-std --tropo-model --pressure --temperature \
         --humidity --csv --report --trace-level --help --help-all \

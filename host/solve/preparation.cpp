@@ -573,7 +573,13 @@ io::ObservationSelection SelectionFor(const Settings& settings) {
     selection.end = settings.end;
     selection.interval = settings.interval;
     selection.types = "CL";
+    selection.strict = settings.strict;
     return selection;
+}
+
+std::uint64_t UnpackLimitOf(const Settings& settings) {
+    constexpr double kGibibyte = 1073741824.0;
+    return static_cast<std::uint64_t>(settings.unpackLimit * kGibibyte);
 }
 
 Session PrepareSession(Inputs inputs, ConfiguredSettings settings) {

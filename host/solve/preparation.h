@@ -11,4 +11,7 @@ session::Session PrepareSession(session::Inputs inputs, session::ConfiguredSetti
 // What is kept of the observations while reading, by the settings.
 io::ObservationSelection SelectionFor(const session::Settings& settings);
 
+// Bytes that all files together may unpack to.
+std::uint64_t UnpackLimitOf(const session::Settings& settings);
+
 }  // namespace vornel::solve

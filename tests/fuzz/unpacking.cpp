@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace vornel;
     try {
         const auto files =
-            io::Unpack(std::string(reinterpret_cast<const char*>(data), size), "input");
+            io::Unpack(std::string_view(reinterpret_cast<const char*>(data), size), "input");
         FUZZ_REQUIRE(!files.empty() && files.size() <= io::kMaximumArchiveMembers);
         for (const io::FileBytes& file : files) {
             FUZZ_REQUIRE(!file.bytes.empty());

@@ -53,8 +53,19 @@ inline std::string Xz(const std::string& bytes) {
     });
 }
 
+inline std::string Zstd(const std::string& bytes) {
+    return Pack(bytes, [](archive* writer) {
+        archive_write_add_filter_zstd(writer);
+        archive_write_set_format_raw(writer);
+    });
+}
+
 inline std::string Zip(const std::string& bytes) {
     return Pack(bytes, [](archive* writer) { archive_write_set_format_zip(writer); });
+}
+
+inline std::string Tar(const std::string& bytes) {
+    return Pack(bytes, [](archive* writer) { archive_write_set_format_ustar(writer); });
 }
 
 }  // namespace vornel::test

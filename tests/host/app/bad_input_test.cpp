@@ -148,7 +148,7 @@ const std::vector<Case> kFiles = {
     Case{"Noise", [](T t) { return t.Base("noise.bin", std::string("\x01\xff\x00\x7f\x80", 5)); },
          24,
          "{}/noise.bin: it is a binary file (convert receiver formats to RINEX first; packed files "
-         "may be .gz, .Z, .bz2, .xz or .zip)"}};
+         "may be .gz, .Z, .bz2, .xz, .zst, .zip or .tar)"}};
 INSTANTIATE_TEST_SUITE_P(Files, BadInputs, testing::ValuesIn(kFiles), kNameOf);
 
 const std::vector<Case> kPackings = {

@@ -45,7 +45,8 @@ std::vector<Files> Sessions() {
 }
 
 // The packings, by the name that `info` and the JSON give them; "compact" for Compact RINEX.
-const char* const kPackings[] = {"plain", "gzip", "compress", "bzip2", "xz", "zip", "compact"};
+const char* const kPackings[] = {"plain", "gzip", "compress", "bzip2",  "xz",
+                                 "zstd",  "zip",  "tar",      "compact"};
 
 bool ThereIsCompress() {
     return std::system("command -v compress >/dev/null 2>&1") == 0;
@@ -80,8 +81,14 @@ class SessionFixture : public test::CommandFixture {
         if (packing == "xz") {
             return Write(name, test::Xz(plain));
         }
+        if (packing == "zstd") {
+            return Write(name, test::Zstd(plain));
+        }
         if (packing == "zip") {
             return Write(name, test::Zip(plain));
+        }
+        if (packing == "tar") {
+            return Write(name, test::Tar(plain));
         }
         if (packing == "compact" && isObservation) {
             return Write(name, test::ToCompactRinex(plain));

@@ -17,7 +17,9 @@ namespace vornel::io {
 namespace {
 
 using test::Gzip;
+using test::Tar;
 using test::Zip;
+using test::Zstd;
 
 InputFault FaultOf(const std::function<void()>& action) {
     try {
@@ -43,6 +45,8 @@ TEST(FileBytes, PackingsAreToldByContent) {
     EXPECT_EQ(packingOf("ac660270.18o.Z"), "compress");
     EXPECT_EQ(packingOf("P43300USA_R_20190012056_17M_15S_MO.crx.bz2"), "bzip2");
     EXPECT_EQ(packingOf("ab430140.18o.zip"), "zip");
+    EXPECT_EQ(Unpack(Zstd("hello\n"), "x").at(0).packing, "zstd");
+    EXPECT_EQ(Unpack(Zstd("hello\n"), "x").at(0).bytes, "hello\n");
     const auto xz =
         ReadFile(std::string(VORNEL_TEST_DATA) + "/baselines/ebre-bell/brdc0300.02n.xz");
     EXPECT_EQ(xz.at(0).packing, "xz");
@@ -75,6 +79,32 @@ TEST(FileBytes, TruncatedAndDamagedPackings) {
     zip[zip.size() / 2] = static_cast<char>(zip[zip.size() / 2] ^ 0x55);
     const InputFault zipFault = FaultOf([&] { Unpack(zip, "x"); });
     EXPECT_TRUE(zipFault == InputFault::kDamagedPacking || zipFault == InputFault::kTruncated);
+}
+
+// Each packing, cut at any place, says that it is cut and not something else. A tar file may lack the
+// blocks of zeros behind its last member.
+TEST(FileBytes, ACutPackingSaysThatItIsCut) {
+    const std::string text = ReadSpecimen("ab430140.18o.zip").bytes;
+    const std::pair<const char*, std::string> packings[] = {
+        {"gzip", Gzip(text)},       {"bzip2", test::Bzip2(text)}, {"xz", test::Xz(text)},
+        {"zstd", Zstd(text)},       {"zip", Zip(text)},           {"gzip", Gzip(Tar(text))},
+        {"tar", Tar(text)},         {"zip", Zip(Gzip(text))},     {"gzip", Gzip(Zip(text))},
+        {"xz", test::Xz(Tar(text))}};
+    for (const auto& [name, packed] : packings) {
+        const std::size_t whole = std::string(name) == "tar" ? 512 + text.size() : packed.size();
+        for (std::size_t i = 1; i <= 20; ++i) {
+            const std::size_t size = 600 + (whole - 601) * i / 20;
+            try {
+                Unpack(packed.substr(0, size), "x");
+                ADD_FAILURE() << name << " of " << size << " bytes was read";
+            } catch (const InputError& error) {
+                EXPECT_EQ(error.fault(), InputFault::kTruncated) << name << ": " << error.what();
+                EXPECT_EQ(
+                    error.reason().rfind("the " + std::string(name) + " data end too early", 0), 0U)
+                    << error.reason();
+            }
+        }
+    }
 }
 
 // Wherever a byte is changed: bzip2, xz and zip hold their data to a checksum, and so does gzip.
@@ -121,6 +151,109 @@ TEST(FileBytes, ABombIsRefusedBeforeItFillsTheMemory) {
     const std::string bomb = Gzip(Gzip(std::string(200'000'000, '\0')));
     ASSERT_LT(bomb.size(), 10000U);
     EXPECT_EQ(FaultOf([&] { Unpack(bomb, "x"); }), InputFault::kTooLarge);
+}
+
+// What a file unpacks to counts together with the files before it.
+TEST(FileBytes, ALimitHoldsForAllFilesOfARun) {
+    const std::string packed = Gzip(std::string(600'000, 'x')),
+                      archive = Zip(Gzip(std::string(600'000, 'x')));
+    const auto readTwice = [](const std::string& first, const std::string& second,
+                              std::uint64_t most) {
+        UnpackingLimit limit(most);
+        const TakeMember leave = [](FileMember&) {};  // what is left unread counts, too
+        UnpackMembers(first, "first", limit, leave);
+        UnpackMembers(second, "second", limit, leave);
+    };
+    for (const std::string& second : {packed, archive}) {
+        EXPECT_NO_THROW(readTwice(packed, second, 1'200'000));
+        try {
+            readTwice(packed, second, 1'199'999);
+            ADD_FAILURE() << "was read";
+        } catch (const InputError& error) {
+            EXPECT_EQ(error.fault(), InputFault::kTooLarge);
+            EXPECT_EQ(error.file().rfind("second", 0), 0U);
+            EXPECT_EQ(error.reason(),
+                      "the files unpack to more than 1 MB in all, which is the limit of a run");
+        }
+    }
+    EXPECT_NO_THROW(readTwice(std::string(9'000'000, 'x'), std::string(9'000'000, 'x'), 9'000'000))
+        << "plain files do not unpack";
+    EXPECT_EQ(FaultOf([&] {
+                  UnpackingLimit limit(8'999'999);
+                  UnpackMembers(std::string(9'000'000, 'x'), "x", limit, [](FileMember& member) {
+                      LineCursor text(member.bytes, member.name);
+                      while (text.Next()) {
+                      }
+                  });
+              }),
+              InputFault::kTooLarge);
+}
+
+// Blank lines behind whole observations, 400 MB of them: none is kept, so none takes memory.
+TEST(FileBytes, MemoryFollowsWhatIsKept) {
+    const std::string text = ReadSpecimen("minimal3.10o").bytes;
+    std::string packed = Gzip(text);
+    const std::string blank = Gzip(std::string(40'000'000, '\n'));
+    for (int i = 0; i < 10; ++i) {
+        packed += blank;
+    }
+    const auto peakKilobytes = [] {
+        std::ifstream status("/proc/self/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.rfind("VmHWM:", 0) == 0) {
+                return std::stol(line.substr(6));
+            }
+        }
+        return 0L;
+    };
+    std::ofstream("/proc/self/clear_refs") << "5";  // the peak counts from here
+    const long before = peakKilobytes();
+    UnpackingLimit limit;
+    std::size_t epochs = 0;
+    UnpackMembers(packed, "blank", limit, [&](FileMember& member) {
+        LineCursor lines(member.bytes, member.name);
+        epochs = ReadObservations(lines).epochs.size();
+    });
+    EXPECT_EQ(epochs, 1U);
+    EXPECT_LT(peakKilobytes() - before, 50'000);
+}
+
+// Bytes that were damaged may leave a text that a reader refuses; the damage is the true reason.
+TEST(FileBytes, DamageOfThePackingGoesBeforeWhatCameOfIt) {
+    std::string packed = Packed("brdc2420.18n.gz");
+    packed.back() = static_cast<char>(packed.back() ^ 1);
+    UnpackingLimit limit;
+    try {
+        UnpackMembers(packed, "x", limit, [](FileMember&) {
+            throw InputError(InputFault::kMalformed, "x", 1, "a line that cannot be");
+        });
+        FAIL() << "was read";
+    } catch (const InputError& error) {
+        EXPECT_EQ(error.fault(), InputFault::kDamagedPacking);
+    }
+}
+
+TEST(FileBytes, TarFilesOfOldAndNewKinds) {
+    const std::string text = "hello\n";
+    EXPECT_EQ(Unpack(Tar(text), "x").at(0).packing, "tar");
+    EXPECT_EQ(Unpack(Tar(text), "x").at(0).name, "x(member)");
+    EXPECT_EQ(Unpack(Gzip(Tar(text)), "x").at(0).bytes, text);
+    EXPECT_EQ(Unpack(Gzip(Tar(text)), "x").at(0).packing, "gzip");
+    // Without the mark, as before 1988: the sum of the header's bytes is less by those of the mark.
+    std::string old = Tar(text);
+    const std::string mark = old.substr(257, 8);
+    unsigned sum = 0;
+    for (const char c : mark) {
+        sum += static_cast<unsigned char>(c);
+    }
+    old.replace(257, 8, 8, '\0');
+    const unsigned told = static_cast<unsigned>(std::stoul(old.substr(148, 6), nullptr, 8));
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%06o", told - sum);
+    old.replace(148, 6, digits, 6);
+    EXPECT_EQ(Unpack(old, "x").at(0).bytes, text);
+    old[0] = 'n';
+    EXPECT_EQ(Unpack(old, "x").at(0).packing, "plain") << "the sum is wrong";
 }
 
 TEST(FileBytes, ArchivesWithinArchivesAreReadToTheLimit) {
