@@ -13,10 +13,11 @@
 
 #include "../measure.h"
 #include "engine/status.h"
-#include "residual_statistics.h"
+#include "solve/residual_statistics.h"
 #include "row.h"
 #include "session/fault.h"
 #include "session/session.h"
+#include "solve/checked_run.h"
 #include "solve/feed.h"
 #include "solve/outcome.h"
 #include "solve/preparation.h"
@@ -25,6 +26,10 @@ namespace vornel::truth {
 namespace {
 
 using engine::Solution;
+using solve::kUnknown;
+using solve::ResidualStatistics;
+using solve::SkyOfSession;
+using solve::StatisticsOf;
 using session::Geodetic;
 using session::Session;
 
@@ -244,6 +249,8 @@ struct Fed {
 struct Ran {
     solve::RunOutcome outcome;
     double seconds = 0.0;  // processor time
+    // Of an answer: how it was come by. Its outcome is the one above.
+    std::optional<solve::CheckedOutcome> answer;
 };
 
 const Solution* LastOrNull(const std::vector<Solution>& list) {
@@ -254,6 +261,45 @@ const Solution* OfMode(const std::vector<Solution>& list, int mode) {
     const auto found = std::find_if(list.begin(), list.end(),
                                     [mode](const Solution& s) { return s.mode == mode; });
     return found == list.end() ? nullptr : &*found;
+}
+
+void PutAnswer(Row& row, const Ran& ran) {
+    const solve::CheckedOutcome* a = ran.answer ? &*ran.answer : nullptr;
+    const auto count = [&](solve::Relation relation) {
+        long long n = 0;
+        for (const solve::RunRecord& check : a->checks) {
+            n += check.relation == relation ? 1 : 0;
+        }
+        return n;
+    };
+    std::string checks, doubts;
+    double apart = kUnknown, apartUp = kUnknown;
+    if (a != nullptr) {
+        for (const solve::RunRecord& check : a->checks) {
+            checks += (checks.empty() ? "" : "|") + check.spec.name + "=" +
+                      solve::NameOf(*check.relation) + "=" +
+                      session::Format("%.1f", Millimetres(check.horizontal)) + "=" +
+                      session::Format("%.1f", Millimetres(check.up)) + "=" +
+                      session::Format("%.2f", check.ratio);
+            if (check.acceptance == solve::Acceptance::kFixed) {
+                apart = std::fmax(apart, Millimetres(check.horizontal));
+                apartUp = std::fmax(apartUp, Millimetres(check.up));
+            }
+        }
+        for (const solve::Doubt& doubt : a->doubts) {
+            doubts += (doubts.empty() ? "" : "|") + doubt.text;
+        }
+    }
+    row.Text("grade", a != nullptr ? solve::NameOf(a->grade) : "");
+    row.Text("kind", a != nullptr ? solve::NameOf(a->kind) : "");
+    row.Text("answer_run", a != nullptr ? a->spec.name : "");
+    row.Whole("tried", a != nullptr ? static_cast<long long>(a->tried.size()) : 0);
+    row.Whole("agree", a != nullptr ? count(solve::Relation::kAgrees) : 0);
+    row.Whole("contradict", a != nullptr ? count(solve::Relation::kContradicts) : 0);
+    row.Text("checks", checks);
+    row.Real("apart", apart);
+    row.Real("apart_up", apartUp);
+    row.Text("doubts", doubts);
 }
 
 // All columns of one run. `with` is the session as this run saw it.
@@ -302,6 +348,7 @@ Row MakeRow(const Context& c, const std::string& label, const std::string& fault
     PutStatistics(row, answer != nullptr
                            ? StatisticsOf(*answer, with.config.samplingInterval, fed.sky)
                            : ResidualStatistics{});
+    PutAnswer(row, ran);
     return row;
 }
 
@@ -465,6 +512,17 @@ void RunGroup(const Context& c, const std::vector<const RunSpec*>& group, int nu
     engine::Engine engine;
     Fed fed;
     fed.group = number;
+    if (!group.front()->answer.empty()) {
+        const double from = bench::ProcessorSeconds();
+        Ran ran;
+        ran.answer = solve::RunChecked(session, engine, {}, group.front()->answer == "checked");
+        ran.seconds = bench::ProcessorSeconds() - from;
+        ran.outcome = ran.answer->outcome;
+        fed.summary = ran.answer->fed;
+        fed.sky = {solve::SkyTracks(session, fed.summary, kSkyStep), fed.summary.times};
+        tell(MakeRow(c, group.front()->label, "", session, fed, ran).Values() + "\n");
+        return;
+    }
     const double start = bench::ProcessorSeconds();
     fed.summary = solve::Feed(session, engine, {});
     fed.seconds = bench::ProcessorSeconds() - start;

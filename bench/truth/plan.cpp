@@ -170,6 +170,7 @@ RunSpec ParseRun(const Json& json) {
     fields.Take("systems", run.systems);
     fields.Take("without", run.without);
     fields.Take("keep", run.keep);
+    fields.Take("answer", run.answer);
     fields.Take("everyNth", run.everyNth);
     fields.Take("nthRest", run.nthRest);
     fields.Take("mask", run.mask);
@@ -224,7 +225,8 @@ const char* NameOf(OrbitChoice choice) {
 std::string RunSpec::FeedKey() const {
     std::ostringstream key;
     key << Text(mask) << '|' << Text(tropoModel) << '|' << Text(interval) << '|' << ionosphere
-        << '|' << Text(antennas) << '|' << basePosition << '|' << roverOffset;
+        << '|' << Text(antennas) << '|' << basePosition << '|' << roverOffset
+        << '|' << answer;
     return key.str();
 }
 

@@ -91,6 +91,9 @@ struct RunSpec {
     std::vector<std::pair<double, double>> keep;  // shares of the session, 0 to 1; empty: all of it
     int everyNth = 0;  // of the satellites by number: those with number % everyNth == nthRest go
     int nthRest = 0;   //
+    // What the command answers: its own choice of runs, with their checks. "checked" or "unchecked";
+    // empty: the plain run.
+    std::string answer;
     // Read when an epoch is handed over, or before: these make the epochs be handed over again.
     std::optional<double> mask;      // degrees
     std::optional<int> tropoModel;   //

@@ -191,6 +191,11 @@ void Engine::AddEpoch(ReceiverEpoch rover, ReceiverEpoch base) {
             "InputEpochObsData");
 }
 
+void Engine::ForgetExclusions() {
+    Require(api_.markDelSatList(0, nullptr, nullptr), "MarkDelSatList");
+    Require(api_.cleanSatTrackList(), "CleanSatTrackList");
+}
+
 void Engine::ExcludeSatellites(const std::vector<Satellite>& satellites) {
     std::vector<int> systems, prns;
     for (const Satellite& satellite : satellites) {

@@ -250,6 +250,8 @@ class Engine {
     void AddPrecise(int component, Satellite satellite, std::vector<int> weeks,
                     std::vector<double> seconds, std::vector<double> values);
     void AddEpoch(ReceiverEpoch rover, ReceiverEpoch base);
+    // Takes back every satellite and span excluded so far.
+    void ForgetExclusions();
     void ExcludeSatellites(const std::vector<Satellite>& satellites);
     void ExcludeSpans(Satellite satellite, const std::vector<Span>& spans);
 

@@ -33,6 +33,22 @@ void AddOrbits(const OrbitTables& orbits, engine::Engine& engine) {
     }
 }
 
+// Ionosphere coefficients, broadcast and precise orbits.
+void AddEphemerides(const Session& session, engine::Engine& engine) {
+    if (session.ionosphere) {
+        engine.SetIonosphere(session.ionosphere->alpha, session.ionosphere->beta);
+    }
+    for (const TimedKepler& timed : session.ephemerides.kepler) {
+        engine.AddKepler(timed.record);
+    }
+    for (const TimedGlonass& timed : session.ephemerides.glonass) {
+        engine.AddGlonass(timed.record);
+    }
+    if (session.precise) {
+        AddOrbits(session.orbits, engine);
+    }
+}
+
 engine::Station ToEngine(const Station& station, bool antennas) {
     engine::Station result;
     result.xyz = Plus(station.position, station.eccentricity);
@@ -44,13 +60,16 @@ engine::Station ToEngine(const Station& station, bool antennas) {
     return result;
 }
 
-// Whole satellites into one call, spans of a satellite into one track: the engine's lists forget
-// what stands behind a satellite that is added twice.
-void AddExclusions(const Session& session, engine::Engine& engine) {
+// What the session excludes, by satellite.
+struct Exclusions {
     std::set<engine::Satellite> whole;
     std::map<engine::Satellite, std::vector<engine::Span>> spans;
+};
+
+Exclusions ExclusionsOf(const Session& session) {
+    Exclusions exclusions;
     for (const auto& [satellite, reason] : session.leftOut.unknownChannel) {
-        whole.insert(satellite);
+        exclusions.whole.insert(satellite);
     }
     constexpr double kADay = 86400.0;
     const auto withinCalendar = [](const io::GpsTime& time, const io::GpsTime& otherwise) {
@@ -62,17 +81,24 @@ void AddExclusions(const Session& session, engine::Engine& engine) {
         withinCalendar(io::Shifted(session.LastTime(), kADay), session.LastTime());
     for (const Exclusion& exclusion : session.settings.values.exclusions) {
         if (!exclusion.start && !exclusion.end) {
-            whole.insert(exclusion.satellite);
+            exclusions.whole.insert(exclusion.satellite);
             continue;
         }
         const io::GpsTime start = exclusion.start.value_or(before);
         const io::GpsTime end = exclusion.end.value_or(after);
-        spans[exclusion.satellite].push_back({start.week, start.seconds, end.week, end.seconds});
+        exclusions.spans[exclusion.satellite].push_back(
+            {start.week, start.seconds, end.week, end.seconds});
     }
-    if (!whole.empty()) {
-        engine.ExcludeSatellites({whole.begin(), whole.end()});
+    return exclusions;
+}
+
+// Whole satellites into one call, spans of a satellite into one track: the engine's lists forget
+// what stands behind a satellite that is added twice.
+void Exclude(Exclusions exclusions, engine::Engine& engine) {
+    if (!exclusions.whole.empty()) {
+        engine.ExcludeSatellites({exclusions.whole.begin(), exclusions.whole.end()});
     }
-    for (auto& [satellite, list] : spans) {
+    for (auto& [satellite, list] : exclusions.spans) {
         std::sort(list.begin(), list.end(), [](const engine::Span& a, const engine::Span& b) {
             return std::pair(a.startWeek, a.startSeconds) < std::pair(b.startWeek, b.startSeconds);
         });
@@ -116,29 +142,39 @@ FeedSummary AddEpochs(const Session& session, engine::Engine& engine, const Prog
 }  // namespace
 
 FeedSummary Feed(const Session& session, engine::Engine& engine, const FeedOptions& options) {
+    return Feed(session, session.config, engine, options);
+}
+
+FeedSummary Feed(const Session& session, const engine::Config& config, engine::Engine& engine,
+                 const FeedOptions& options) {
     if (options.tracePath.empty()) {
         engine.Create();
     } else {
         engine.CreateWithTrace(options.tracePath, options.traceLevel);
     }
-    engine.Configure(session.config);
+    engine.Configure(config);
     engine.SetStations(ToEngine(session.rover, session.antennasApplied),
                        ToEngine(session.base, session.antennasApplied));
-    if (session.ionosphere) {
-        engine.SetIonosphere(session.ionosphere->alpha, session.ionosphere->beta);
-    }
-    for (const TimedKepler& timed : session.ephemerides.kepler) {
-        engine.AddKepler(timed.record);
-    }
-    for (const TimedGlonass& timed : session.ephemerides.glonass) {
-        engine.AddGlonass(timed.record);
-    }
-    if (session.precise) {
-        AddOrbits(session.orbits, engine);
+    if (options.orbits) {
+        AddEphemerides(session, engine);
     }
     FeedSummary fed = AddEpochs(session, engine, options.progress);
-    AddExclusions(session, engine);
+    Exclude(ExclusionsOf(session), engine);
     return fed;
+}
+
+void LeaveOut(const Session& session, const FeedSummary& fed,
+              const std::vector<engine::Span>& spans, engine::Engine& engine) {
+    engine.ForgetExclusions();
+    Exclusions exclusions = ExclusionsOf(session);
+    for (const auto& [satellite, epochs] : fed.common) {
+        auto& list = exclusions.spans[satellite];
+        list.insert(list.end(), spans.begin(), spans.end());
+        if (list.empty()) {
+            exclusions.spans.erase(satellite);
+        }
+    }
+    Exclude(std::move(exclusions), engine);
 }
 
 }  // namespace vornel::solve

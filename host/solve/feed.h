@@ -20,6 +20,8 @@ struct FeedOptions {
     std::string tracePath;  // empty: no trace
     int traceLevel = 4;
     Progress progress;  // may be empty
+    // False: the engine has the orbits and the ionosphere of this session from an earlier feed.
+    bool orbits = true;
 };
 
 struct SystemFeed {
@@ -40,7 +42,15 @@ struct FeedSummary {
 
 // Creates the process and hands everything over, in the order that VornelBlCore.h asks for:
 // configuration, stations, ionosphere, broadcast and precise orbits, epochs, exclusions.
+// `config` is the configuration that the epochs are handed over with; the session's, if not given.
+FeedSummary Feed(const session::Session& session, const engine::Config& config,
+                 engine::Engine& engine, const FeedOptions& options);
 FeedSummary Feed(const session::Session& session, engine::Engine& engine,
                  const FeedOptions& options);
+
+// Replaces what the engine leaves out of a run: what the session excludes, and `spans` of every
+// satellite that was handed over.
+void LeaveOut(const session::Session& session, const FeedSummary& fed,
+              const std::vector<engine::Span>& spans, engine::Engine& engine);
 
 }  // namespace vornel::solve

@@ -99,6 +99,10 @@ const engine::Solution* RunOutcome::Best() const {
 }
 
 RunOutcome Run(const Session& session, engine::Engine& engine) {
+    return Run(session, session.config, engine);
+}
+
+RunOutcome Run(const Session& session, const engine::Config& config, engine::Engine& engine) {
     RunOutcome outcome;
     const auto begin = std::chrono::steady_clock::now();
     const int status = engine.Run(outcome.completed);
@@ -119,12 +123,12 @@ RunOutcome Run(const Session& session, engine::Engine& engine) {
     for (engine::Solution& solution : results.fixeds) {
         ReduceToMarkers(session, solution);
     }
-    const double threshold = session.config.ratioThreshold;
+    const double threshold = config.ratioThreshold;
     constexpr int kWideLane = 5;
     outcome.chain =
         engine::StatusChain(status, results.solveModel, RatioPassed(results, kWideLane, threshold),
                             RatioPassed(results, results.solveModel, threshold));
-    outcome.acceptance = Judge(results, threshold);
+    outcome.acceptance = Judge(results, session.config.ratioThreshold);
     outcome.warnings = Doubts(results, outcome.acceptance);
     return outcome;
 }

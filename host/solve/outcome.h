@@ -26,6 +26,10 @@ struct RunOutcome {
     const engine::Solution* Best() const;
 };
 
+// `config`: with which the run was started; the session's, if not given. A solution counts as fixed
+// when its ratio passes the session's threshold, whatever that of `config`.
+RunOutcome Run(const session::Session& session, const engine::Config& config,
+               engine::Engine& engine);
 RunOutcome Run(const session::Session& session, engine::Engine& engine);
 
 // The decision alone, from the status and the solutions filed.

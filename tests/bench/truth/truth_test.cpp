@@ -11,7 +11,6 @@
 
 #include "engine_runs.h"
 #include "plan.h"
-#include "residual_statistics.h"
 #include "row.h"
 #include "scene.h"
 #include "session/session.h"
@@ -19,10 +18,16 @@
 #include "solve/feed.h"
 #include "solve/outcome.h"
 #include "solve/preparation.h"
+#include "solve/residual_statistics.h"
 #include "workers.h"
 
 namespace vornel::truth {
 namespace {
+
+using solve::kUnknown;
+using solve::ResidualStatistics;
+using solve::SkyOfSession;
+using solve::StatisticsOf;
 
 constexpr const char* kWettzell = R"({
   "sets": [{

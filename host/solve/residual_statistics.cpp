@@ -1,10 +1,10 @@
-#include "residual_statistics.h"
+#include "solve/residual_statistics.h"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
-namespace vornel::truth {
+namespace vornel::solve {
 namespace {
 
 // Residuals of one satellite by epoch number; not-a-number where it has none.
@@ -60,13 +60,13 @@ double CorrelationTime(const std::vector<Series>& all, double interval) {
 }
 
 // rad, between the points of a track; nothing outside it.
-std::optional<double> ElevationAt(const std::vector<solve::SkyPoint>& track,
+std::optional<double> ElevationAt(const std::vector<SkyPoint>& track,
                                   const std::vector<io::GpsTime>& times, const io::GpsTime& time) {
     constexpr double kNear = 600.0;  // s beyond an end, or within a gap
     const auto after = std::lower_bound(
         track.begin(), track.end(), time,
-        [&](const solve::SkyPoint& point, const io::GpsTime& t) { return times[point.epoch] < t; });
-    const auto secondsTo = [&](const solve::SkyPoint& point) {
+        [&](const SkyPoint& point, const io::GpsTime& t) { return times[point.epoch] < t; });
+    const auto secondsTo = [&](const SkyPoint& point) {
         return io::SecondsBetween(time, times[point.epoch]);
     };
     if (after == track.end()) {
@@ -77,7 +77,7 @@ std::optional<double> ElevationAt(const std::vector<solve::SkyPoint>& track,
     if (after == track.begin()) {
         return secondsTo(*after) <= kNear ? std::optional(after->elevation) : std::nullopt;
     }
-    const solve::SkyPoint &left = *(after - 1), &right = *after;
+    const SkyPoint &left = *(after - 1), &right = *after;
     const double toLeft = -secondsTo(left), toRight = secondsTo(right);
     return (left.elevation * toRight + right.elevation * toLeft) / (toLeft + toRight);
 }
@@ -180,4 +180,4 @@ ResidualStatistics StatisticsOf(const engine::Solution& solution, double interva
     return result;
 }
 
-}  // namespace vornel::truth
+}  // namespace vornel::solve

@@ -11,7 +11,7 @@
 #include "session/session.h"
 #include "solve/sky.h"
 
-namespace vornel::truth {
+namespace vornel::solve {
 
 inline constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
 
@@ -40,11 +40,11 @@ struct ResidualStatistics {
 
 // Azimuth and elevation of the satellites, and the times of the epochs they refer to.
 struct SkyOfSession {
-    std::map<engine::Satellite, std::vector<solve::SkyPoint>> tracks;
+    std::map<engine::Satellite, std::vector<SkyPoint>> tracks;
     std::vector<io::GpsTime> times;
 };
 
 ResidualStatistics StatisticsOf(const engine::Solution& solution, double interval,
                                 const SkyOfSession& sky);
 
-}  // namespace vornel::truth
+}  // namespace vornel::solve

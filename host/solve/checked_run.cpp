@@ -1,0 +1,91 @@
+#include "solve/checked_run.h"
+
+#include <utility>
+
+#include "session/geodesy.h"
+#include "solve/sky.h"
+
+namespace vornel::solve {
+namespace {
+
+constexpr double kSkyStep = 300.0;  // s
+
+Grade GradeOf(Acceptance acceptance, bool doubted) {
+    switch (acceptance) {
+        case Acceptance::kFixed:
+            return doubted ? Grade::kDoubtful : Grade::kTrusted;
+        case Acceptance::kFloat:
+            return Grade::kFloat;
+        case Acceptance::kTripleDifference:
+            return Grade::kApproximate;
+        case Acceptance::kNone:
+            return Grade::kNone;
+    }
+    return Grade::kNone;
+}
+
+// Makes checks until the rule of trust has heard enough.
+std::vector<RunRecord> MakeChecks(RunSeries& series, const SessionFacts& facts, AnswerKind kind,
+                                  const RunSpec& spec, const RunRecord& answer,
+                                  const engine::Solution& fixed, const session::Geodetic& place) {
+    std::vector<RunRecord> records;
+    const std::vector<RunSpec> specs = ChecksOf(facts, spec, answer.solveModel);
+    for (std::size_t i = 0; i < specs.size(); ++i) {
+        if (Decide(kind, facts.secondFrequency, answer, records, specs.size() - i) !=
+            Verdict::kOpen) {
+            break;
+        }
+        const RunOutcome outcome = series.Make(specs[i]);
+        RunRecord& record = records.emplace_back(RecordOf(specs[i], outcome));
+        record.relation = Relation::kNoIntegers;
+        if (outcome.acceptance == Acceptance::kFixed) {
+            Compare(fixed, outcome.results.fixeds.back(), place, record);
+        }
+    }
+    return records;
+}
+
+}  // namespace
+
+CheckedOutcome RunChecked(const session::Session& session, engine::Engine& engine,
+                          const FeedOptions& options, bool checks) {
+    RunSeries series(session, engine, options);
+    const SessionFacts facts = FactsOf(session, series.HandOver());
+    CheckedOutcome result;
+    result.spec = MainRun(facts);
+    result.outcome = series.Make(result.spec);
+    result.tried.push_back(RecordOf(result.spec, result.outcome));
+    if (const auto next = NextBest(facts, result.spec, result.outcome)) {
+        RunOutcome outcome = series.Make(*next);
+        result.tried.push_back(RecordOf(*next, outcome));
+        if (Better(outcome, result.outcome)) {
+            result.outcome = std::move(outcome);
+            result.spec = *next;
+        }
+    }
+    const RunOutcome& outcome = result.outcome;
+    result.kind = KindOf(facts, outcome.results.solveModel);
+    const session::Geodetic place = session::ToGeodetic(session.base.position);
+    if (outcome.acceptance == Acceptance::kFixed) {
+        const RunRecord answer = RecordOf(result.spec, outcome);
+        if (checks) {
+            result.checks = MakeChecks(series, facts, result.kind, result.spec, answer,
+                                       outcome.results.fixeds.back(), place);
+        }
+        result.doubts = Unconfirmed(result.kind, facts.secondFrequency, answer, result.checks);
+    }
+    result.fed = series.Fed();
+    if (const engine::Solution* best = outcome.Best()) {
+        result.residuals =
+            StatisticsOf(*best, session.config.samplingInterval,
+                         {SkyTracks(session, result.fed, kSkyStep), result.fed.times});
+    }
+    for (std::vector<Doubt> more : {SessionContradictions(session, result.fed),
+                                    AnswerContradictions(facts, outcome, result.residuals)}) {
+        result.doubts.insert(result.doubts.end(), more.begin(), more.end());
+    }
+    result.grade = GradeOf(outcome.acceptance, !result.doubts.empty());
+    return result;
+}
+
+}  // namespace vornel::solve
