@@ -338,6 +338,34 @@ std::string Sp3(const io::PreciseOrbits& orbits) {
     return text + "EOF\n";
 }
 
+std::string Antex(const io::AntennaFile& antennas) {
+    std::string text;
+    Header(text, Printed("%8.1f            M", antennas.version), "ANTEX VERSION / SYST");
+    Header(text, "A", "PCV TYPE / REFANT");
+    Header(text, "", "END OF HEADER");
+    for (const io::AntennaCalibration& a : antennas.antennas) {
+        Header(text, "", "START OF ANTENNA");
+        Header(
+            text,
+            Printed("%-16.16s%-4.4s%-20.20s", a.type.c_str(), a.radome.c_str(), a.serial.c_str()),
+            "TYPE / SERIAL NO");
+        Header(text, Printed("%-20.20s%-20.20s%6d", a.method.c_str(), "SIMULATED", 1),
+               "METH / BY / # / DATE");
+        Header(text, "     0.0", "DAZI");
+        Header(text, "     0.0  90.0  90.0", "ZEN1 / ZEN2 / DZEN");
+        Header(text, Printed("%6zu", a.offsets.size()), "# OF FREQUENCIES");
+        for (const io::PhaseCentreOffset& o : a.offsets) {
+            Header(text, "   " + o.frequency, "START OF FREQUENCY");
+            Header(text, Printed("%10.2f%10.2f%10.2f", o.north * 1e3, o.east * 1e3, o.up * 1e3),
+                   "NORTH / EAST / UP");
+            text += "   NOAZI    0.00    0.00\n";
+            Header(text, "   " + o.frequency, "END OF FREQUENCY");
+        }
+        Header(text, "", "END OF ANTENNA");
+    }
+    return text;
+}
+
 void WriteSession(const SimulatedSession& session, const std::string& folder) {
     const std::filesystem::path path(folder);
     std::filesystem::create_directories(path);
@@ -350,6 +378,9 @@ void WriteSession(const SimulatedSession& session, const std::string& folder) {
     WriteFile(path / "navigation.rnx", RinexNavigation(session.navigation));
     if (session.preciseOrbits) {
         WriteFile(path / "orbits.sp3", Sp3(*session.preciseOrbits));
+    }
+    if (session.antennas) {
+        WriteFile(path / "antennas.atx", Antex(*session.antennas));
     }
 }
 

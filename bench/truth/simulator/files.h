@@ -16,6 +16,7 @@ namespace vornel::rough {
 std::string RinexObservations(const io::Observations& observations);
 std::string RinexNavigation(const io::Navigation& navigation);
 std::string Sp3(const io::PreciseOrbits& orbits);
+std::string Antex(const io::AntennaFile& antennas);
 
 // Writes a session into a folder, which is made where it is missing: an observation file for each
 // occupation, "<site>_<number>.rnx", "navigation.rnx" and, if there are any, "orbits.sp3" and

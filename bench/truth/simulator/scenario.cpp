@@ -3,7 +3,32 @@
 namespace vornel::rough {
 
 Effects Effects::None() {
-    return {0.0, 0.0, 0.0, 0.0};
+    Effects none;
+    for (double Effects::*effect : {&Effects::broadcastError,
+                                    &Effects::preciseError,
+                                    &Effects::satelliteAntenna,
+                                    &Effects::lunisolar,
+                                    &Effects::relativisticPath,
+                                    &Effects::windUp,
+                                    &Effects::tide,
+                                    &Effects::hydrostatic,
+                                    &Effects::wet,
+                                    &Effects::turbulence,
+                                    &Effects::ionosphere,
+                                    &Effects::travellingWaves,
+                                    &Effects::scintillation,
+                                    &Effects::phaseCentre,
+                                    &Effects::codeNoise,
+                                    &Effects::phaseNoise,
+                                    &Effects::multipath,
+                                    &Effects::canopy,
+                                    &Effects::slips,
+                                    &Effects::gaps,
+                                    &Effects::tracking,
+                                    &Effects::hardwareBiases}) {
+        none.*effect = 0.0;
+    }
+    return none;
 }
 
 std::vector<Tracking> GeodeticSignals() {

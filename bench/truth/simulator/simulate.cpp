@@ -3,22 +3,39 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
 
+#include "antenna.h"
 #include "calendar.h"
+#include "ionosphere.h"
+#include "multipath.h"
 #include "random.h"
 #include "receiver_clock.h"
 #include "signals.h"
 #include "sky.h"
+#include "sun_moon.h"
+#include "tracking.h"
+#include "troposphere.h"
 
 namespace vornel::rough {
 namespace {
 
+constexpr double kL1 = 1575.42e6;  // Hz
 constexpr double kNoValue = std::numeric_limits<double>::quiet_NaN();
 
 double ToThousandths(double value) {
     return std::round(value * 1000.0) / 1000.0;
 }
+
+// What all stations share.
+struct World {
+    explicit World(const Scenario& s)
+        : scenario(s), sky(s), troposphere(s, sky.origin()), ionosphere(s, sky.origin()) {}
+
+    const Scenario& scenario;
+    Sky sky;
+    Troposphere troposphere;
+    Ionosphere ionosphere;
+};
 
 // The straight way of a signal from a satellite to an antenna.
 struct Ray {
@@ -26,6 +43,7 @@ struct Ray {
     double transmission = 0.0;  // s, GPS time since the origin
     Vector3 satellite{};        // m, in the earth-fixed axes of reception
     Vector3 toSatellite{};      // unit vector
+    Vector3 direction{};        // the same in north, east, up
     double azimuth = 0.0;       // rad
     double elevation = 0.0;     // rad
 };
@@ -40,30 +58,114 @@ Ray RayTo(const Sky& sky, std::size_t satellite, const Vector3& antenna, const H
             InAxesTurnedAboutZ(sky.PositionAt(satellite, ray.transmission), kEarthRate * flight);
         ray.toSatellite = Minus(ray.satellite, antenna);
         ray.range = Length(ray.toSatellite);
+        if (pass == 0 && Dot(ray.toSatellite, horizon.up) < 0.0) {
+            ray.elevation = -1.0;
+            return ray;
+        }
         flight = ray.range / kSpeedOfLight;
     }
     ray.toSatellite = Scaled(ray.toSatellite, 1.0 / ray.range);
-    const Vector3 neu = horizon.ToNeu(ray.toSatellite);
-    ray.azimuth = std::atan2(neu[1], neu[0]);
-    ray.elevation = std::asin(std::clamp(neu[2], -1.0, 1.0));
+    ray.direction = horizon.ToNeu(ray.toSatellite);
+    ray.azimuth = std::atan2(ray.direction[1], ray.direction[0]);
+    ray.elevation = std::asin(std::clamp(ray.direction[2], -1.0, 1.0));
     return ray;
 }
+
+// Delay of a signal that the earth's mass bends (Holdridge 1967): up to 19 mm.
+double BendingDelay(const Vector3& satellite, const Vector3& station, double range) {
+    constexpr double kTwiceGm = 2.0 * 3.986004418e14 / (kSpeedOfLight * kSpeedOfLight);  // m
+    const double sum = Length(satellite) + Length(station);
+    return kTwiceGm * std::log((sum + range) / (sum - range));
+}
+
+// Turn of the received phase by the orientation of both antennas, cycles, to a whole number (Wu et
+// al. 1993, Manuscr. Geod. 18, 91-98). The satellite keeps its panels towards the sun.
+double WindUp(const Ray& ray, const Horizon& horizon, const Vector3& sun) {
+    const Vector3 z = Scaled(Unit(ray.satellite), -1.0);
+    const Vector3 y = Unit(Cross(z, Unit(Minus(sun, ray.satellite))));
+    const Vector3 x = Cross(y, z);
+    const Vector3 k = Scaled(ray.toSatellite, -1.0);  // the way the signal goes
+    const Vector3 sent = Minus(Minus(x, Scaled(k, Dot(k, x))), Cross(k, y));
+    const Vector3 westwards = Scaled(horizon.east, -1.0);
+    const Vector3 seen =
+        Plus(Minus(horizon.north, Scaled(k, Dot(k, horizon.north))), Cross(k, westwards));
+    const double cosine = Dot(sent, seen) / (Length(sent) * Length(seen));
+    const double turn = std::acos(std::clamp(cosine, -1.0, 1.0)) / (2.0 * kPi);
+    return Dot(k, Cross(sent, seen)) < 0.0 ? -turn : turn;
+}
+
+// Constants of the hardware, m. Receivers of one make share theirs to a tenth (code biases between
+// signals are 0.3 to 3 m: Haakansson et al. 2017, GPS Solutions 21, 849-860; of GLONASS codes by
+// channel a metre or two, of its phases a line over the channels of up to 5 cm per channel between
+// makes: Wanninger 2012, J. Geod. 86, 139-148).
+class HardwareBiases {
+  public:
+    HardwareBiases(const Scenario& scenario, std::size_t occupation)
+        : seed_(scenario.seed),
+          scale_(scenario.effects.hardwareBiases),
+          make_(scenario.occupations[occupation].receiver.make),
+          occupation_(occupation),
+          glonassSlope_(scenario.occupations[occupation].receiver.glonassSlope) {}
+
+    double Code(const Satellite& satellite, const Tracking& signal) const {
+        const auto system = static_cast<std::uint64_t>(signal.system);
+        const auto band = static_cast<std::uint64_t>(signal.band);
+        const auto mode = static_cast<std::uint64_t>(signal.attribute);
+        const auto number = system * 100 + satellite.id.number;
+        // Like a delay of the ionosphere: clocks of messages are those of its free combination.
+        const double ratio = kL1 / FrequencyOf(signal, satellite.channel);
+        double bias = kSpeedOfLight * GroupDelayOf(seed_, satellite) * ratio * ratio +
+                      0.2 * Draw("satellite mode", number * 128 + band, mode);
+        bias += Own("receiver band", system, band, 8.0);
+        if (satellite.id.system == io::GnssSystem::kGlonass) {
+            bias += Own("receiver channel", static_cast<std::uint64_t>(satellite.channel + 8), band,
+                        1.0);
+        }
+        return scale_ * bias;
+    }
+
+    double Phase(const Satellite& satellite, const Tracking& signal) const {
+        const auto system = static_cast<std::uint64_t>(signal.system);
+        double bias = Own("receiver phase", system, static_cast<std::uint64_t>(signal.band), 1.0);
+        if (satellite.id.system == io::GnssSystem::kGlonass) {
+            bias += glonassSlope_ * satellite.channel;
+        }
+        return scale_ * bias;
+    }
+
+  private:
+    double Draw(const char* what, std::uint64_t a, std::uint64_t b, std::uint64_t c = 0) const {
+        return Random(seed_, what, a, b, c).Normal();
+    }
+    double Own(const char* what, std::uint64_t a, std::uint64_t b, double sigma) const {
+        return sigma * (Draw(what, a, b, make_) +
+                        0.1 * Random(seed_ + 1, what, a, b, 1000 + occupation_).Normal());
+    }
+
+    std::uint64_t seed_;
+    double scale_;
+    std::uint64_t make_;
+    std::size_t occupation_;
+    double glonassSlope_;
+};
 
 // Makes the observations of one occupation.
 class Observer {
   public:
-    Observer(const Scenario& scenario, const Sky& sky, std::size_t index)
-        : scenario_(scenario),
-          sky_(sky),
-          index_(index),
-          occupation_(scenario.occupations[index]),
-          site_(scenario.sites[occupation_.site]) {
-        const Geodetic place = ToGeodetic(site_.marker);
-        horizon_ = Horizon(place);
-        antenna_ =
-            Plus(site_.marker, horizon_.FromNeu({occupation_.centring[0], occupation_.centring[1],
-                                                 occupation_.antennaHeight}));
-    }
+    Observer(const World& world, std::size_t index)
+        : world_(world),
+          scenario_(world.scenario),
+          sky_(world.sky),
+          occupation_(scenario_.occupations[index]),
+          site_(scenario_.sites[occupation_.site]),
+          place_(ToGeodetic(site_.marker)),
+          horizon_(place_),
+          troposphere_(world.troposphere, PlaceOfAntenna()),
+          antennaPattern_(scenario_, occupation_),
+          multipath_(site_.around, scenario_.effects.multipath * antennaPattern_.multipathGain(),
+                     occupation_.receiver.correlator),
+          tracker_(scenario_, index, sky_.satellites().size()),
+          biases_(scenario_, index) {}
 
     SimulatedStation Observe() {
         SimulatedStation station;
@@ -72,6 +174,7 @@ class Observer {
         DescribeFile();
         const double step = scenario_.interval;
         const auto count = static_cast<long>(std::floor(occupation_.duration / step + 1e-9));
+        Reserve(static_cast<std::size_t>(count));
         for (long k = 0; k < count; ++k) {
             ObserveEpoch(occupation_.start + static_cast<double>(k) * step);
         }
@@ -85,6 +188,20 @@ class Observer {
         Tracking tracking;
         std::size_t code = 0, phase = 0;  // columns of the system's table
     };
+    // A satellite and one of the columns that it fills.
+    struct Link {
+        std::size_t signal = 0;                  // of the receiver
+        double wavelength = 0.0;                 // m
+        double frequency = 0.0;                  // Hz
+        std::size_t group = 0;                   // of the antenna
+        double codeBias = 0.0, phaseBias = 0.0;  // m
+    };
+
+    Geodetic PlaceOfAntenna() const {
+        Geodetic place = place_;
+        place.height += occupation_.antennaHeight;
+        return place;
+    }
 
     void PrepareSignals() {
         data_.signalTables.resize(1);
@@ -100,7 +217,34 @@ class Observer {
             const std::size_t code = add('C');
             columns_.push_back({tracking, code, add('L')});
         }
-        ambiguities_.resize(sky_.satellites().size() * columns_.size());
+        windUp_.resize(sky_.satellites().size(), kNoValue);
+        for (const Satellite& satellite : sky_.satellites()) {
+            std::vector<Link> links;
+            for (std::size_t c = 0; c < columns_.size(); ++c) {
+                const Tracking& tracking = columns_[c].tracking;
+                if (Sends(satellite, tracking) && Knows(satellite)) {
+                    const double frequency = FrequencyOf(tracking, satellite.channel);
+                    links.push_back({c, kSpeedOfLight / frequency, frequency,
+                                     BandGroupOf(frequency), biases_.Code(satellite, tracking),
+                                     biases_.Phase(satellite, tracking)});
+                }
+            }
+            links_.push_back(std::move(links));
+        }
+    }
+
+    bool Knows(const Satellite& satellite) const {
+        return satellite.id.system != io::GnssSystem::kBeiDou ||
+               satellite.id.number <= occupation_.receiver.highestBeiDou;
+    }
+
+    void Reserve(std::size_t epochs) {
+        const std::size_t rows = epochs * sky_.satellites().size() / 3;
+        data_.epochs.reserve(epochs);
+        data_.satellites.reserve(rows);
+        data_.values.reserve(4 * rows);
+        data_.lossOfLock.reserve(4 * rows);
+        data_.signalStrength.reserve(4 * rows);
     }
 
     void DescribeFile() {
@@ -115,6 +259,12 @@ class Observer {
         header.receiverType = occupation_.receiver.type;
         header.receiverVersion = "1.00";
         header.programName = "rough world";
+        if (occupation_.antenna && occupation_.antennaNamed) {
+            const AntennaType& type = scenario_.antennas.at(*occupation_.antenna);
+            header.antennaSerial = occupation_.antennaSerial;
+            header.antennaType = type.type;
+            header.antennaRadome = type.radome;
+        }
         header.antennaHeight = occupation_.headerHeight.value_or(occupation_.antennaHeight);
         if (occupation_.headerOffset) {
             Vector3 position = Plus(site_.marker, horizon_.FromNeu(*occupation_.headerOffset));
@@ -140,24 +290,55 @@ class Observer {
     }
 
     io::GpsTime TagOf(double t) const {
-        // Whole seconds and fraction apart, as a file has them.
+        // Whole minutes and seconds apart, as a file has them.
         const double whole = std::floor(t);
-        io::GpsTime time = Normalised(sky_.origin().week, sky_.origin().seconds + whole);
+        const io::GpsTime time = Normalised(sky_.origin().week, sky_.origin().seconds + whole);
         constexpr double kDigit = 1e7;
         const double minute = std::floor(time.seconds / 60.0) * 60.0;
         const double second = std::round((time.seconds - minute + (t - whole)) * kDigit) / kDigit;
         return Normalised(time.week, minute + second);
     }
 
+    // The antenna's reference point and the sun, which change slowly.
+    void PlaceAntenna(double t) {
+        constexpr double kRenewal = 30.0;  // s
+        if (std::abs(t - placedAt_) < kRenewal) {
+            return;
+        }
+        placedAt_ = t;
+        antenna_ =
+            Plus(site_.marker, horizon_.FromNeu({occupation_.centring[0], occupation_.centring[1],
+                                                 occupation_.antennaHeight}));
+        bodies_ = SunMoonAt(Normalised(sky_.origin().week, sky_.origin().seconds + t));
+        if (scenario_.effects.tide != 0.0) {
+            antenna_ =
+                Plus(antenna_, Scaled(TideAt(bodies_, site_.marker), scenario_.effects.tide));
+        }
+    }
+
     void ObserveEpoch(double sinceStart) {
+        if (tracker_.MissesEpoch(sinceStart)) {
+            return;
+        }
         const EpochTime time =
             EpochTimeOf(occupation_.receiver, sky_.startTime() + sinceStart, sinceStart);
+        PlaceAntenna(time.moment);
         io::ObservationEpoch epoch;
         epoch.time = TagOf(time.tag);
         epoch.receiverClockOffset = kNoValue;
         epoch.firstSatellite = static_cast<std::uint32_t>(data_.satellites.size());
+        inView_.clear();
         for (std::size_t s = 0; s < sky_.satellites().size(); ++s) {
-            ObserveSatellite(s, time);
+            if (!links_[s].empty()) {
+                const Ray ray = RayTo(sky_, s, antenna_, horizon_, time.moment);
+                if (ray.elevation > 0.0) {
+                    inView_.emplace_back(s, ray);
+                }
+            }
+        }
+        KeepHighest();
+        for (const auto& [s, ray] : inView_) {
+            ObserveSatellite(s, ray, time, sinceStart);
         }
         epoch.satelliteCount =
             static_cast<std::uint32_t>(data_.satellites.size()) - epoch.firstSatellite;
@@ -166,63 +347,128 @@ class Observer {
         }
     }
 
-    void ObserveSatellite(std::size_t s, const EpochTime& time) {
-        const Satellite& satellite = sky_.satellites()[s];
-        const auto& table = data_.signalTables[0][static_cast<std::size_t>(satellite.id.system)];
-        if (table.empty()) {
+    // A receiver with few channels follows the highest satellites.
+    void KeepHighest() {
+        const std::size_t most = occupation_.receiver.channels;
+        if (most == 0 || inView_.size() <= most) {
             return;
         }
-        const Ray ray = RayTo(sky_, s, antenna_, horizon_, time.moment);
-        if (ray.elevation <= 0.0) {
-            return;
-        }
-        const double common =
-            ray.range + kSpeedOfLight * (time.offset - sky_.ClockAt(s, ray.transmission));
-        const std::size_t first = data_.values.size();
-        data_.values.resize(first + table.size(), kNoValue);
-        data_.lossOfLock.resize(first + table.size(), 0);
-        data_.signalStrength.resize(first + table.size(), 0);
-        for (std::size_t c = 0; c < columns_.size(); ++c) {
-            const Column& column = columns_[c];
-            if (!Sends(satellite, column.tracking)) {
-                continue;
-            }
-            const double wavelength =
-                kSpeedOfLight / FrequencyOf(column.tracking, satellite.channel);
-            std::optional<double>& ambiguity = ambiguities_[s * columns_.size() + c];
-            if (!ambiguity) {
-                Random random(scenario_.seed, "ambiguity", index_, s, c);
-                ambiguity = random.Integer(-20000, 20000);
-            }
-            data_.values[first + column.code] = ToThousandths(common);
-            data_.values[first + column.phase] = ToThousandths(common / wavelength + *ambiguity);
-        }
-        data_.satellites.push_back({satellite.id, 0, static_cast<std::uint32_t>(first)});
+        std::nth_element(
+            inView_.begin(), inView_.begin() + static_cast<std::ptrdiff_t>(most), inView_.end(),
+            [](const auto& a, const auto& b) { return a.second.elevation > b.second.elevation; });
+        inView_.resize(most);
+        std::sort(inView_.begin(), inView_.end(),
+                  [](const auto& a, const auto& b) { return a.first < b.first; });
     }
 
+    double WindUpOf(std::size_t s, const Ray& ray) {
+        if (scenario_.effects.windUp == 0.0) {
+            return 0.0;
+        }
+        double turn = WindUp(ray, horizon_, bodies_.sun);
+        double& last = windUp_[s];
+        if (!std::isnan(last)) {
+            turn += std::round(last - turn);
+        }
+        last = turn;
+        return scenario_.effects.windUp * turn;
+    }
+
+    void ObserveSatellite(std::size_t s, const Ray& ray, const EpochTime& time, double sinceStart) {
+        const Satellite& satellite = sky_.satellites()[s];
+        const Effects& effects = scenario_.effects;
+        double common =
+            ray.range + kSpeedOfLight * (time.offset - sky_.ClockAt(s, ray.transmission));
+        if (effects.relativisticPath != 0.0) {
+            common += effects.relativisticPath * BendingDelay(ray.satellite, antenna_, ray.range);
+        }
+        // The lowest ray that an atmosphere without turbulence of the ground lets pass.
+        constexpr double kLowest = 2.0 * kDegree;
+        common += troposphere_.Delay(ray.azimuth, std::max(kLowest, ray.elevation), time.moment);
+        const Ionosphere::AlongRay electrons =
+            world_.ionosphere.Seen(antenna_, ray.toSatellite, time.moment);
+        const double windUp = WindUpOf(s, ray);
+
+        const auto& table = data_.signalTables[0][static_cast<std::size_t>(satellite.id.system)];
+        const std::size_t first = data_.values.size();
+        bool any = false;
+        for (const Link& link : links_[s]) {
+            const MultipathError echo = multipath_.At(ray.direction, link.wavelength);
+            const Reception got = tracker_.Receive(
+                s, link.signal, link.wavelength,
+                {ray.azimuth, ray.elevation, ray.direction, echo.strength, electrons.scintillation},
+                sinceStart);
+            if (!got.code) {
+                continue;
+            }
+            if (!any) {
+                any = true;
+                data_.values.resize(first + table.size(), kNoValue);
+                data_.lossOfLock.resize(first + table.size(), 0);
+                data_.signalStrength.resize(first + table.size(), 0);
+            }
+            const double ionosphere = IonosphereDelay(electrons.content, link.frequency);
+            const double antenna = antennaPattern_.Advance(link.group, ray.direction);
+            const double code =
+                common - antenna + ionosphere + echo.code + got.codeError + link.codeBias;
+            const double phase = common - antenna - ionosphere + echo.phase + got.phaseError +
+                                 link.phaseBias + windUp * link.wavelength;
+            const Column& column = columns_[link.signal];
+            data_.values[first + column.code] = ToThousandths(code);
+            const double strength = std::clamp(std::floor(got.strength / 6.0), 1.0, 9.0);
+            data_.signalStrength[first + column.code] = static_cast<std::uint8_t>(strength);
+            if (got.phase) {
+                data_.values[first + column.phase] =
+                    ToThousandths(phase / link.wavelength + got.ambiguity);
+                data_.lossOfLock[first + column.phase] = got.lossOfLock;
+                data_.signalStrength[first + column.phase] = static_cast<std::uint8_t>(strength);
+            }
+        }
+        if (any) {
+            data_.satellites.push_back({satellite.id, 0, static_cast<std::uint32_t>(first)});
+        }
+    }
+
+    const World& world_;
     const Scenario& scenario_;
     const Sky& sky_;
-    std::size_t index_;
     const Occupation& occupation_;
     const Site& site_;
+    Geodetic place_;
     Horizon horizon_;
-    Vector3 antenna_{};
+    StationTroposphere troposphere_;
+    Antenna antennaPattern_;
+    Multipath multipath_;
+    Tracker tracker_;
+    HardwareBiases biases_;
+    double placedAt_ = -1e9;  // s
+    Vector3 antenna_{};       // m, reference point
+    SunMoon bodies_;
     io::Observations data_;
     std::vector<Column> columns_;
-    std::vector<std::optional<double>> ambiguities_;  // cycles, by satellite and column
+    std::vector<std::vector<Link>> links_;  // by satellite
+    std::vector<double> windUp_;            // cycles, by satellite
+    std::vector<std::pair<std::size_t, Ray>> inView_;
 };
 
 }  // namespace
 
 SimulatedSession Simulate(const Scenario& scenario) {
-    const Sky sky(scenario);
+    const World world(scenario);
     SimulatedSession session;
     for (std::size_t i = 0; i < scenario.occupations.size(); ++i) {
-        session.stations.push_back(Observer(scenario, sky, i).Observe());
+        session.stations.push_back(Observer(world, i).Observe());
     }
-    session.navigation = sky.Messages();
+    session.navigation = world.sky.Messages();
+    if (scenario.ionosphere.broadcast) {
+        session.navigation.ionosphere.push_back(
+            world.ionosphere.BroadcastCoefficients(ToGeodetic(scenario.sites.front().marker)));
+    }
     if (scenario.preciseInterval) {
-        session.preciseOrbits = sky.PreciseTables(*scenario.preciseInterval);
+        session.preciseOrbits = world.sky.PreciseTables(*scenario.preciseInterval);
+    }
+    if (scenario.antennaTable && !scenario.antennas.empty()) {
+        session.antennas = CalibrationsOf(scenario);
     }
     return session;
 }

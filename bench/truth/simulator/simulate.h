@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "geodesy.h"
+#include "io/antennas.h"
 #include "io/navigation.h"
 #include "io/observations.h"
 #include "io/precise_orbits.h"
@@ -23,6 +24,7 @@ struct SimulatedSession {
     std::vector<SimulatedStation> stations;  // one for each occupation, in their order
     io::Navigation navigation;
     std::optional<io::PreciseOrbits> preciseOrbits;
+    std::optional<io::AntennaFile> antennas;
 
     // The true vector from marker to marker, m, earth-fixed.
     Vector3 TrueVector(std::size_t base, std::size_t rover) const {

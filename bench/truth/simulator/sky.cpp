@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "broadcast_errors.h"
 #include "calendar.h"
 #include "random.h"
 
@@ -42,6 +43,57 @@ std::uint64_t KeyOf(const Satellite& satellite) {
     return static_cast<std::uint64_t>(satellite.id.system) * 100 + satellite.id.number;
 }
 
+// Radial, along the track and across it, of a state in turning axes.
+struct OrbitAxes {
+    Vector3 radial, along, across;
+    double rate = 0.0;  // rad/s, of the turn against the stars
+};
+
+OrbitAxes AxesOf(const Vector3& position, const Vector3& velocity) {
+    const Vector3 atRest = Plus(velocity, Cross({0.0, 0.0, kEarthRate}, position));
+    OrbitAxes axes;
+    axes.radial = Unit(position);
+    const Vector3 momentum = Cross(position, atRest);
+    axes.across = Unit(momentum);
+    axes.along = Cross(axes.across, axes.radial);
+    axes.rate = Length(momentum) / Dot(position, position);
+    return axes;
+}
+
+Vector3 InAxes(const OrbitAxes& axes, const Vector3& v) {
+    return Plus(Plus(Scaled(axes.radial, v[0]), Scaled(axes.along, v[1])),
+                Scaled(axes.across, v[2]));
+}
+
+// The error of a message, worked into its elements.
+void Disturb(Elements& k, const MessageError& error, double gm) {
+    const auto motionAt = [gm](double axis) { return std::sqrt(gm / (axis * axis * axis)); };
+    const double axis = k.axis;
+    k.axis += error.radial;
+    k.deltaN += motionAt(axis) - motionAt(k.axis) + error.alongRate / axis;
+    k.meanAnomaly += error.along / axis;
+    // Across: the plane is turned about the nodes and about the axis that stands across them.
+    k.inclination += error.across[1] / axis;
+    const double turn = error.across[0] / axis;
+    k.node += turn / std::sin(k.inclination);
+    k.perigee -= turn / std::tan(k.inclination);
+    // Eccentricity vector: towards the perigee and across it.
+    k.eccentricity = std::abs(k.eccentricity + error.eccentricity[0] / axis);
+    const double swing = error.eccentricity[1] / axis / std::max(1e-4, k.eccentricity);
+    k.perigee += swing;
+    k.meanAnomaly -= swing;
+}
+
+// The same for a state: the error keeps its radial, along and across parts while the axes turn.
+void Disturb(GlonassMotion::State& state, const MessageError& error) {
+    const OrbitAxes axes = AxesOf(state.position, state.velocity);
+    const Vector3 shift = InAxes(axes, {error.radial, error.along, error.across[0]});
+    const Vector3 turn = Minus(Scaled(axes.across, axes.rate), {0.0, 0.0, kEarthRate});
+    state.position = Plus(state.position, shift);
+    state.velocity =
+        Plus(state.velocity, Plus(Cross(turn, shift), Scaled(axes.along, error.alongRate)));
+}
+
 }  // namespace
 
 ClockTruth::ClockTruth(std::uint64_t seed, const Satellite& satellite, double roughness,
@@ -67,7 +119,14 @@ double ClockTruth::WalkAt(double t) const {
     return walk_[i] + (walk_[i + 1] - walk_[i]) * (steps - whole);
 }
 
-Sky::Sky(const Scenario& scenario) : seed_(scenario.seed), effects_(scenario.effects) {
+double GroupDelayOf(std::uint64_t seed, const Satellite& satellite) {
+    return Random(seed, "group delay", KeyOf(satellite)).Normal(0.0, 5e-9);
+}
+
+Sky::Sky(const Scenario& scenario)
+    : seed_(scenario.seed),
+      effects_(scenario.effects),
+      messageScale_(scenario.effects.broadcastError * scenario.broadcastQuality) {
     constexpr double kQuarter = 900.0;
     const int leap = LeapSeconds(scenario.start);
     const double utc = scenario.start.seconds - leap;
@@ -76,7 +135,12 @@ Sky::Sky(const Scenario& scenario) : seed_(scenario.seed), effects_(scenario.eff
     startTime_ = utc - originUtc;
     endTime_ = startTime_ + scenario.duration;
     for (const Satellite& satellite : SatellitesAt(origin_)) {
-        if (scenario.systems[static_cast<std::size_t>(satellite.id.system)]) {
+        // Some are always out of order; more of the second generation of BeiDou.
+        const bool old = satellite.id.system == io::GnssSystem::kBeiDou && !satellite.modern;
+        const bool works =
+            effects_.tracking == 0.0 ||
+            !Random(seed_, "out of order", KeyOf(satellite)).Chance(old ? 0.2 : 0.04);
+        if (works && scenario.systems[static_cast<std::size_t>(satellite.id.system)]) {
             satellites_.push_back(satellite);
         }
     }
@@ -138,9 +202,12 @@ void Sky::AddKeplerMessages(std::size_t s, io::Navigation& messages) const {
     const double originOfWeek = origin_.seconds - offset;
     const double first = std::floor((originOfWeek + startTime_) / interval) * interval;
     const double last = std::ceil((originOfWeek + endTime_) / interval) * interval;
+    MessageErrors errors(seed_, satellite, messageScale_);
     for (double toe = first; toe <= last; toe += interval) {
         const double t = toe - originOfWeek;
-        const Elements k = body.kepler->ElementsAt(t);
+        Elements k = body.kepler->ElementsAt(t);
+        const MessageError error = errors.Next(interval);
+        Disturb(k, error, ConstantsOf(system).gm);
         const io::GpsTime reference = Normalised(origin_.week, toe);
         io::KeplerRecord r;
         r.satellite = satellite.id;
@@ -151,8 +218,8 @@ void Sky::AddKeplerMessages(std::size_t s, io::Navigation& messages) const {
                         : io::NavigationMessage::kD1;
         r.tocWeek = r.toeWeek = reference.week;
         r.tocSeconds = r.toeSeconds = reference.seconds;
-        r.af0 = AsWritten(body.clock.At(t));
-        r.af1 = AsWritten(body.clock.drift());
+        r.af0 = AsWritten(body.clock.At(t) + error.clock / kSpeedOfLight);
+        r.af1 = AsWritten(body.clock.drift() + error.clockRate / kSpeedOfLight);
         r.sqrtA = AsWritten(std::sqrt(k.axis));
         r.eccentricity = AsWritten(k.eccentricity);
         r.i0 = AsWritten(k.inclination);
@@ -167,6 +234,9 @@ void Sky::AddKeplerMessages(std::size_t s, io::Navigation& messages) const {
         r.cus = AsWritten(k.cus);
         r.cic = AsWritten(k.cic);
         r.cis = AsWritten(k.cis);
+        const double delay = effects_.hardwareBiases * GroupDelayOf(seed_, satellite);
+        r.groupDelay1 = AsWritten(delay);
+        r.groupDelay2 = system == io::GnssSystem::kGps ? 0.0 : AsWritten(delay);
         r.iode = std::fmod(toe / interval, 128.0) + 1.0;
         r.iodc = system == io::GnssSystem::kGalileo ? 0.0 : r.iode;
         r.accuracy = system == io::GnssSystem::kGalileo ? 3.12 : 2.0;
@@ -188,18 +258,21 @@ void Sky::AddGlonassMessages(std::size_t s, io::Navigation& messages) const {
     const double first =
         std::floor((utcOfOrigin + startTime_ - kPhase) / kGlonassInterval) * kGlonassInterval +
         kPhase;
+    MessageErrors errors(seed_, satellite, messageScale_);
     for (double utc = first; utc - utcOfOrigin < endTime_ + kGlonassInterval;
          utc += kGlonassInterval) {
         const double t = utc - utcOfOrigin;
-        const GlonassMotion::State state = body.glonass->StateAt(t);
+        GlonassMotion::State state = body.glonass->StateAt(t);
+        const MessageError error = errors.Next(kGlonassInterval);
+        Disturb(state, error);
         const io::GpsTime reference = Normalised(origin_.week, utc);
         io::GlonassRecord r;
         r.slot = satellite.id.number;
         r.referenceWeek = reference.week;
         r.referenceSeconds = reference.seconds;
         r.leapSeconds = leap;
-        r.clockBias = AsWritten(body.clock.At(t));
-        r.clockDrift = AsWritten(body.clock.drift());
+        r.clockBias = AsWritten(body.clock.At(t) + error.clock / kSpeedOfLight);
+        r.clockDrift = AsWritten(body.clock.drift() + error.clockRate / kSpeedOfLight);
         r.messageFrameTime = AsWritten(reference.seconds);
         for (std::size_t c = 0; c < 3; ++c) {
             r.position[c] = AsWritten(state.position[c] / 1000.0);
@@ -227,17 +300,25 @@ io::PreciseOrbits Sky::PreciseTables(double interval) const {
     for (std::size_t s = 0; s < satellites_.size(); ++s) {
         io::OrbitSeries series;
         series.satellite = satellites_[s].id;
+        const TableError error(seed_, satellites_[s], effects_.preciseError);
+        const double mass = effects_.satelliteAntenna * AntennaBelowMass(satellites_[s]);
         for (std::size_t e = 0; e < tables.epochs.size(); ++e) {
             const double t = first - offset + static_cast<double>(e) * interval;
             io::OrbitPoint point;
             point.epoch = static_cast<std::uint32_t>(e);
-            const Vector3 position = AnyPositionAt(s, t);
+            Vector3 position = AnyPositionAt(s, t);
+            constexpr double kH = 1.0;  // s
+            const Vector3 velocity =
+                Scaled(Minus(AnyPositionAt(s, t + kH), AnyPositionAt(s, t - kH)), 0.5 / kH);
+            const Vector3 shift = Plus(error.At(t), {mass, 0.0, 0.0});
+            position = Plus(position, InAxes(AxesOf(position, velocity), shift));
             for (std::size_t c = 0; c < 3; ++c) {
                 // Kilometres with six digits behind the point.
                 point.position[c] = std::round(position[c] * 1000.0) / 1e6 * 1000.0;
             }
             // Microseconds with six.
-            point.clock = std::round(bodies_[s].clock.At(t) * 1e12) / 1e6 * 1e-6;
+            point.clock =
+                std::round((bodies_[s].clock.At(t) + error.ClockAt(t)) * 1e12) / 1e6 * 1e-6;
             series.points.push_back(point);
         }
         tables.satellites.push_back(std::move(series));

@@ -37,9 +37,13 @@ class ClockTruth {
     std::vector<double> walk_;
 };
 
+// Delay of the first signal in the satellite's hardware against the combination free of the
+// ionosphere, s: 1 to 10 ns (group delay of the messages).
+double GroupDelayOf(std::uint64_t seed, const Satellite& satellite);
+
 class Sky {
   public:
-    // Satellites of the scenario's systems, from some minutes before its start to its end. Times are
+    // Satellites of the scenario's systems but for some that are out of order, from some minutes before its start to its end. Times are
     // seconds since `origin`, a quarter of an hour of UTC before the start.
     explicit Sky(const Scenario& scenario);
 
@@ -76,6 +80,7 @@ class Sky {
 
     std::uint64_t seed_;
     Effects effects_;
+    double messageScale_;
     io::GpsTime origin_;
     double startTime_ = 0.0;
     double endTime_ = 0.0;

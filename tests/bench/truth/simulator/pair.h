@@ -15,8 +15,9 @@ inline Scenario SilentPair(double length, const Date& date, double latitude = 47
     scenario.duration = 3600.0;
     scenario.interval = 30.0;
     const Geodetic base{latitude * kDegree, 11.0 * kDegree, 600.0};
-    scenario.sites = {{"BASE", ToCartesian(base)},
-                      {"ROVR", ToCartesian(PlaceAt(base, length, 0.7, 600.0))}};
+    scenario.sites = {{"BASE", ToCartesian(base), {}},
+                      {"ROVR", ToCartesian(PlaceAt(base, length, 0.7, 600.0)), {}}};
+    scenario.ionosphere.broadcast = false;
     for (std::size_t i = 0; i < 2; ++i) {
         Occupation occupation;
         occupation.site = i;
