@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "calendar.h"
+#include "cosine.h"
 #include "random.h"
 
 namespace vornel::rough {
@@ -70,7 +71,7 @@ double Ionosphere::VerticalAt(double latitude, double longitude, double t) const
     double fluctuation = 0.0;
     for (const Fluctuation& f : fluctuations_) {
         fluctuation +=
-            f.weight * std::cos(f.kNorth * latitude + f.kEast * longitude + f.rate * t + f.phase);
+            f.weight * Cosine(f.kNorth * latitude + f.kEast * longitude + f.rate * t + f.phase);
     }
     fluctuation *= std::sqrt(2.0 / static_cast<double>(fluctuations_.size()));
     const double level = state_.night + (1.0 - state_.night) * course;
@@ -86,11 +87,15 @@ double Ionosphere::VerticalAt(double latitude, double longitude, double t) const
         }
     }
     for (const TravellingWave& w : state_.waves) {
+        constexpr double kGone = 4.0;  // of its duration
+        if (std::abs(t - w.time) > kGone * w.duration) {
+            continue;
+        }
         const double north = latitude * kEarthRadius;
         const double east = longitude * kEarthRadius * std::cos(latitude);
         const double along = north * std::cos(w.azimuth) + east * std::sin(w.azimuth);
         content += effects_.travellingWaves * w.amplitude * Bell((t - w.time) / w.duration) *
-                   std::cos(2.0 * kPi * (along / w.length - t / w.period) + w.phase);
+                   Cosine(2.0 * kPi * (along / w.length - t / w.period) + w.phase);
     }
     return content;
 }

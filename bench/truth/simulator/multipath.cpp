@@ -4,6 +4,8 @@
 #include <cmath>
 #include <complex>
 
+#include "cosine.h"
+
 namespace vornel::rough {
 
 Multipath::Multipath(const Surroundings& around, double gain, double correlator)
@@ -23,7 +25,7 @@ MultipathError Multipath::At(const Vector3& direction, double wavelength) const 
     double sumRe = 0.0, sumIm = 0.0, delayedRe = 0.0, delayedIm = 0.0;
     const auto add = [&](double amplitude, double delay, double phase) {
         const double psi = wave * delay + phase;
-        const double re = amplitude * std::cos(psi), im = amplitude * std::sin(psi);
+        const double re = amplitude * Cosine(psi), im = amplitude * Sine(psi);
         const double seen = std::min(delay, correlator_);
         sumRe += re;
         sumIm += im;

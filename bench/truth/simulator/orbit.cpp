@@ -58,7 +58,7 @@ Elements FromState(const Vector3& r, const Vector3& v, double gm) {
 
 // --- GLONASS
 
-constexpr double kGlonassStep = 30.0;  // s
+constexpr double kGlonassStep = SunMoonTable::kStep;
 
 struct StateVector {
     Vector3 position{}, velocity{};
@@ -250,8 +250,15 @@ Path PathOf(const KeplerMotion& motion, double from, double to) {
     return {first, std::move(nodes)};
 }
 
-GlonassMotion::GlonassMotion(const Satellite& satellite, const io::GpsTime& start, double lunisolar,
-                             double from, double to) {
+SunMoonTable::SunMoonTable(const io::GpsTime& start, double from, double to)
+    : first_(static_cast<int>(std::floor(from / kStep))) {
+    for (int step = first_; step * kStep <= to; ++step) {
+        bodies_.push_back(SunMoonAt(Normalised(start.week, start.seconds + step * kStep)));
+    }
+}
+
+GlonassMotion::GlonassMotion(const Satellite& satellite, const SunMoonTable& bodies,
+                             double lunisolar, double from, double to) {
     // The start: a Keplerian orbit's state, with the velocity against the turning axes.
     constexpr double kGm = 3.986004418e14;
     const double motion = satellite.revolutions * (kEarthRate - satellite.nodeRate);
@@ -279,10 +286,9 @@ GlonassMotion::GlonassMotion(const Satellite& satellite, const io::GpsTime& star
     firstTime_ = -back * kGlonassStep;
     states_.resize(static_cast<std::size_t>(back + ahead + 1));
     const auto attractionAt = [&](const Vector3& position, int step) {
-        const io::GpsTime time = Normalised(start.week, start.seconds + step * kGlonassStep);
         return lunisolar == 0.0
                    ? Vector3{}
-                   : Scaled(LunisolarAcceleration(SunMoonAt(time), position), lunisolar);
+                   : Scaled(LunisolarAcceleration(bodies.At(step), position), lunisolar);
     };
     const auto integrate = [&](int direction, int steps) {
         StateVector at = state;

@@ -8,6 +8,7 @@
 
 #include "constellation.h"
 #include "geodesy.h"
+#include "sun_moon.h"
 
 namespace vornel::rough {
 
@@ -80,12 +81,26 @@ class Path {
 
 Path PathOf(const KeplerMotion& motion, double from, double to);
 
+// Sun and moon every 30 s.
+class SunMoonTable {
+  public:
+    // `start` is the instant of t = 0.
+    SunMoonTable(const io::GpsTime& start, double from, double to);
+    const SunMoon& At(int step) const { return bodies_[static_cast<std::size_t>(step - first_)]; }
+
+    static constexpr double kStep = 30.0;  // s
+
+  private:
+    int first_ = 0;
+    std::vector<SunMoon> bodies_;
+};
+
 // GLONASS ICD, equations of motion in the rotating frame with the earth's oblateness and the
 // attraction of sun and moon, by Runge-Kutta steps of 30 s from the mean elements at t = 0.
-// `lunisolar` scales that attraction. `start` is the instant of t = 0.
+// `lunisolar` scales that attraction. The table reaches ten minutes beyond the span.
 class GlonassMotion {
   public:
-    GlonassMotion(const Satellite& satellite, const io::GpsTime& start, double lunisolar,
+    GlonassMotion(const Satellite& satellite, const SunMoonTable& bodies, double lunisolar,
                   double from, double to);
 
     const Path& path() const { return path_; }

@@ -128,6 +128,7 @@ struct Receiver {
     double loss = 25.0;               // dB-Hz below which lock is lost
     double phaseMargin = 0.0;         // dB-Hz above `loss` that a phase needs; the code does not
     double acquisitionDelay = 20.0;   // s, mean, from a clear view to the first observation
+    double dropouts = 0.0;            // per hour and satellite: short losses of a signal in view
     double settling = 0.0;            // cycles: error of a phase just locked, gone within a minute
     std::uint8_t highestBeiDou = 63;  // numbers above it are unknown to the receiver
     double slipRate = 0.01;           // per hour and signal at 45 dB-Hz; tenfold for each 12 less
@@ -177,6 +178,7 @@ struct Surroundings {
     // Height of the horizon, rad, over 72 directions from north over east; empty: free to 0.
     std::vector<double> horizon;
     double canopyLoss = 0.0;     // dB, mean, towards the zenith; grows with the way through it
+    double canopyFlutter = 0.0;  // dB, rms, of the loss by leaves that move
     double canopyScatter = 0.0;  // m, rms, of the phase by leaves that move, near the zenith
 };
 inline constexpr std::size_t kHorizonDirections = 72;

@@ -177,7 +177,7 @@ IonosphereState DrawIonosphere(Random& random, const Geodetic& place, double sol
             continue;
         }
         TravellingWave wave;
-        wave.amplitude = activity * random.LogUniform(0.03, 0.4);
+        wave.amplitude = activity * random.LogUniform(0.02, 0.3);
         wave.length = random.Uniform(100e3, 300e3);
         wave.period = random.Uniform(600.0, 1800.0);
         wave.azimuth = random.Uniform(0.0, 2.0 * kPi);
@@ -254,6 +254,7 @@ Surroundings DrawSurroundings(Random& random, Environment environment) {
             AddHorizon(random, around, 4.0, 2, 20.0);
             around.canopyLoss = random.Uniform(3.0, 8.0);
             around.canopyScatter = random.Uniform(0.002, 0.005);
+            around.canopyFlutter = random.Uniform(2.0, 4.0);
             break;
     }
     return around;
@@ -287,7 +288,8 @@ Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& sy
         r.phaseNoise = random.LogUniform(0.8e-3, 1.8e-3);
         r.correlator = random.LogUniform(3.0, 15.0);
         r.elevationCutoff = 5.0 * random.Integer(0, 2) * kDegree;
-        r.slipRate = random.LogUniform(0.005, 0.1);
+        r.slipRate = random.LogUniform(0.01, 0.4);
+        r.dropouts = random.LogUniform(0.05, 2.0);
         r.missedEpochs = random.Chance(0.7) ? 0.0 : random.LogUniform(1e-4, 5e-3);
         r.gapRate = random.Chance(0.85) ? 0.0 : random.LogUniform(0.02, 0.3);
     } else {
@@ -302,7 +304,8 @@ Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& sy
         r.phaseNoise = random.LogUniform(1.0e-3, 2.5e-3);
         r.correlator = random.LogUniform(20.0, 80.0);
         r.elevationCutoff = 5.0 * random.Integer(0, 2) * kDegree;
-        r.slipRate = random.LogUniform(0.02, 0.4);
+        r.slipRate = random.LogUniform(0.1, 2.0);
+        r.dropouts = random.LogUniform(0.2, 4.0);
         r.acquisition = 30.0;
         r.loss = 26.0;
         r.phaseMargin = random.Uniform(0.0, 5.0);
@@ -315,7 +318,7 @@ Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& sy
     r.highestBeiDou = static_cast<std::uint8_t>(
         std::array<int, 4>{18, 30, 37, 63}[random.Choose({0.1, 0.1, 0.3, 0.5})]);
     r.settling = geodetic ? random.LogUniform(0.005, 0.05) : random.LogUniform(0.02, 0.15);
-    r.slipsReported = random.Uniform(0.6, 1.0);
+    r.slipsReported = random.Uniform(0.1, 1.0);
     r.gapLength = random.LogUniform(60.0, 900.0);
     r.acquisitionDelay = std::max(interval, random.LogUniform(10.0, 90.0));
     const std::size_t style = random.Choose(geodetic ? std::vector<double>{0.5, 0.3, 0.1, 0.1}
@@ -360,7 +363,7 @@ AntennaType DrawAntennaType(Random& random, Equipment equipment, std::size_t num
         a.azimuthVariation[g] = both(a.azimuthVariation, 0.0005);
     }
     a.individual = geodetic ? 0.0007 : 0.002;
-    a.multipathGain = geodetic ? random.LogUniform(0.6, 1.6) : random.LogUniform(1.2, 2.8);
+    a.multipathGain = geodetic ? random.LogUniform(0.6, 1.6) : random.LogUniform(1.8, 3.5);
     return a;
 }
 
@@ -641,7 +644,7 @@ Scenario DrawLookAlike(std::uint64_t seed, const std::string& set) {
     Receiver second = DrawReceiver(random, lowCost ? Equipment::kLowCost : Equipment::kGeodetic,
                                    model.systems, model.interval);
     second.make = model.sameMake ? first.make : first.make + 1;
-    second.glonassSlope = first.glonassSlope + (model.sameMake ? 0.0 : random.Normal(0.0, 0.002));
+    second.glonassSlope = first.glonassSlope + (model.sameMake ? 0.0 : random.Normal(0.0, 0.003));
     AddOccupation(random, scenario, 0, first, 0, true);
     AddOccupation(random, scenario, 1, second, model.sameAntenna ? 0 : 1, true);
     for (Occupation& occupation : scenario.occupations) {
@@ -658,7 +661,7 @@ Scenario DrawLookAlike(std::uint64_t seed, const std::string& set) {
             occupation.receiver.clock = ClockStyle::kTagged;
             occupation.receiver.clockOffset = random.Uniform(-2e-3, 2e-3);
             occupation.receiver.channels = 12;
-            occupation.receiver.codelessLoss = random.Uniform(8.0, 12.0);
+            occupation.receiver.codelessLoss = random.Uniform(6.0, 10.0);
             occupation.receiver.slipRate *= 5.0;
             occupation.headerOffset = Vector3{0.3 * random.Normal(), 0.3 * random.Normal(), 0.2};
         }
@@ -666,7 +669,7 @@ Scenario DrawLookAlike(std::uint64_t seed, const std::string& set) {
     if (set == "bds-monitor") {
         scenario.ionosphere.broadcast = false;
         for (AntennaType& type : scenario.antennas) {
-            type.multipathGain = random.Uniform(1.6, 2.4);  // no choke ring
+            type.multipathGain = random.Uniform(1.4, 2.2);  // no choke ring
         }
         for (Occupation& occupation : scenario.occupations) {
             occupation.receiver.missedEpochs = 0.01;

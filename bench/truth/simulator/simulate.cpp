@@ -48,6 +48,13 @@ struct Ray {
     double elevation = 0.0;     // rad
 };
 
+// Components in axes turned about the third one by some microradians: terms of the third order and
+// beyond are lost in the last digit.
+Vector3 TurnedALittle(const Vector3& v, double angle) {
+    const double c = 1.0 - 0.5 * angle * angle;
+    return {c * v[0] + angle * v[1], c * v[1] - angle * v[0], v[2]};
+}
+
 Ray RayTo(const Sky& sky, std::size_t satellite, const Vector3& antenna, const Horizon& horizon,
           double reception) {
     double flight = 0.077;  // s, a first guess
@@ -55,7 +62,7 @@ Ray RayTo(const Sky& sky, std::size_t satellite, const Vector3& antenna, const H
     for (int pass = 0; pass < 3; ++pass) {
         ray.transmission = reception - flight;
         ray.satellite =
-            InAxesTurnedAboutZ(sky.PositionAt(satellite, ray.transmission), kEarthRate * flight);
+            TurnedALittle(sky.PositionAt(satellite, ray.transmission), kEarthRate * flight);
         ray.toSatellite = Minus(ray.satellite, antenna);
         ray.range = Length(ray.toSatellite);
         if (pass == 0 && Dot(ray.toSatellite, horizon.up) < 0.0) {

@@ -146,10 +146,11 @@ Sky::Sky(const Scenario& scenario)
     }
     const double reach = scenario.preciseInterval ? 3.0 * 3600.0 : 3600.0;
     const double messageReach = 7200.0 + 3600.0;
+    const SunMoonTable bodies(origin_, startTime_ - reach - kMargin, endTime_ + reach + kMargin);
     for (const Satellite& satellite : satellites_) {
         Body body;
         if (satellite.id.system == io::GnssSystem::kGlonass) {
-            body.glonass = std::make_unique<GlonassMotion>(satellite, origin_, effects_.lunisolar,
+            body.glonass = std::make_unique<GlonassMotion>(satellite, bodies, effects_.lunisolar,
                                                            startTime_ - reach, endTime_ + reach);
             body.path = body.glonass->path();
         } else {

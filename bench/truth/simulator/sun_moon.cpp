@@ -20,8 +20,10 @@ Vector3 FromEcliptic(double longitude, double latitude, double radius, double si
 
 Vector3 SunAt(double centuries, double siderealAngle) {
     const double m = (357.5256 + 35999.049 * centuries) * kDegree;
+    // The perigee against the equinox of 2000, carried on to that of the date by the precession.
+    const double perigee = (282.9400 + 1.3972 * centuries) * kDegree;
     const double longitude =
-        282.9400 * kDegree + m + (6892.0 * std::sin(m) + 72.0 * std::sin(2.0 * m)) * kArcSecond;
+        perigee + m + (6892.0 * std::sin(m) + 72.0 * std::sin(2.0 * m)) * kArcSecond;
     const double radius = (149.619 - 2.499 * std::cos(m) - 0.021 * std::cos(2.0 * m)) * 1e9;
     return FromEcliptic(longitude, 0.0, radius, siderealAngle);
 }

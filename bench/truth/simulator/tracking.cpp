@@ -133,6 +133,12 @@ void Tracker::Slip(Channel& channel) {
     channel.unsettled = receiver_.settling * events_.Normal();
 }
 
+// One value in a hundred is five times as far off as the others: tails as those of real residuals.
+double Tracker::HeavyNormal() {
+    constexpr double kShare = 0.01, kFactor = 5.0;
+    return (noise_.Chance(kShare) ? kFactor : 1.0) * noise_.Normal();
+}
+
 Reception Tracker::Receive(std::size_t satellite, std::size_t signal, double wavelength,
                            const Arrival& arrival, double sinceStart) {
     Channel& channel = channels_[satellite * receiver_.signals.size() + signal];
@@ -143,10 +149,17 @@ Reception Tracker::Receive(std::size_t satellite, std::size_t signal, double wav
     if (canopy_.exists()) {
         channel.flutter =
             memory * channel.flutter + std::sqrt(1.0 - memory * memory) * noise_.Normal();
-        result.strength += 1.5 * channel.flutter;
+        result.strength += around_.canopyFlutter * channel.flutter;
     }
     const bool inView = ideal || (arrival.elevation > receiver_.elevationCutoff &&
                                   arrival.elevation > HorizonAt(around_, arrival.azimuth));
+    const double dropouts = effects_.slips * receiver_.dropouts * interval_ / 3600.0;
+    if (channel.locked && dropouts > 0.0 && events_.Chance(dropouts)) {
+        channel.locked = false;
+        channel.clearSince = sinceStart;
+        channel.delay = events_.Exponential(30.0);
+        return result;
+    }
     const double needed = channel.locked ? receiver_.loss : receiver_.acquisition;
     const bool clear = inView && (ideal || result.strength >= needed);
     if (!clear) {
@@ -183,13 +196,13 @@ Reception Tracker::Receive(std::size_t satellite, std::size_t signal, double wav
     const double factor = NoiseFactor(result.strength);
     const double kept =
         receiver_.smoothing > 0.0 ? std::exp(-interval_ / receiver_.smoothing) : 0.0;
-    channel.codeError = kept * channel.codeError + std::sqrt(1.0 - kept * kept) * noise_.Normal();
+    channel.codeError = kept * channel.codeError + std::sqrt(1.0 - kept * kept) * HeavyNormal();
     result.code = true;
     result.phase = ideal || result.strength >= receiver_.loss + receiver_.phaseMargin;
     result.codeError = effects_.codeNoise * receiver_.codeNoise * factor * channel.codeError;
     // Weak phases are followed with the help of the strong ones, and less noisy for it.
     const double phaseFactor = std::pow(factor, 0.7);
-    result.phaseError = effects_.phaseNoise * receiver_.phaseNoise * phaseFactor * noise_.Normal();
+    result.phaseError = effects_.phaseNoise * receiver_.phaseNoise * phaseFactor * HeavyNormal();
     if (canopy_.exists()) {
         result.phaseError += canopy_.ScatterAt(arrival.direction) * channel.flutter;
     }

@@ -78,6 +78,7 @@ class Tracker {
     };
 
     double StrengthOf(std::size_t signal, const Arrival& arrival) const;
+    double HeavyNormal();
     void Acquire(Channel& channel);
     void Slip(Channel& channel);
 

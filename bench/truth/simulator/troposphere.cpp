@@ -4,6 +4,7 @@
 #include <array>
 
 #include "calendar.h"
+#include "cosine.h"
 #include "random.h"
 
 namespace vornel::rough {
@@ -46,8 +47,8 @@ Troposphere::Troposphere(const Scenario& scenario, const io::GpsTime& origin)
       effects_(scenario.effects),
       dayOfYear_(DayOfYear(origin)),
       reference_(ToGeodetic(scenario.sites.front().marker)) {
-    constexpr int kWaves = 40;
-    constexpr double kLongest = 3.0e6, kShortest = 300.0;  // m
+    constexpr int kWaves = 44;
+    constexpr double kLongest = 3.0e6, kShortest = 100.0;  // m
     // The integral of u^(-5/3) (1 - J0(u)) over u is Gamma(2/3) / (2^(2/3) 2/3 Gamma(4/3)).
     constexpr double kIntegral = 1.4329;
     Random random(scenario.seed, "turbulence");
@@ -78,7 +79,7 @@ double Troposphere::TurbulenceAt(double north, double east, double t) const {
     double sum = 0.0;
     for (const Wave& wave : waves_) {
         sum += wave.amplitude *
-               std::cos(wave.kNorth * north + wave.kEast * east + wave.rate * t + wave.phase);
+               Cosine(wave.kNorth * north + wave.kEast * east + wave.rate * t + wave.phase);
     }
     return sum;
 }

@@ -25,6 +25,9 @@ inline session::Inputs InputsOf(const SimulatedSession& simulated, std::size_t b
     if (simulated.preciseOrbits) {
         inputs.orbits = {*simulated.preciseOrbits};
     }
+    if (simulated.antennas) {
+        inputs.antennas = {*simulated.antennas};
+    }
     return inputs;
 }
 
