@@ -74,7 +74,8 @@ Scene SimulatedScene(const Kind& kind, std::uint64_t seed) {
     const double height = base.height + random.Uniform(-steepest, steepest);
     const rough::Geodetic rover =
         rough::PlaceAt(base, length, random.Uniform(0.0, 2.0 * rough::kPi), height);
-    scenario.sites = {{"BASE", rough::ToCartesian(base)}, {"ROVR", rough::ToCartesian(rover)}};
+    scenario.sites = {{"BASE", rough::ToCartesian(base), {}},
+                      {"ROVR", rough::ToCartesian(rover), {}}};
     for (std::size_t site = 0; site < 2; ++site) {
         rough::Occupation occupation;
         occupation.site = site;

@@ -102,7 +102,7 @@ TEST(Scenarios, OfEveryKindAreTakenByTheHost) {
         const SimulatedSession session = Simulate(DrawScenario(31, half));
         const Solved solved = Solve(InputsOf(session, 0, 1));
         EXPECT_TRUE(solved.outcome.completed) << kind.name;
-        const session::Solution* best = solved.outcome.Best();
+        const auto* best = solved.outcome.Best();
         ASSERT_NE(best, nullptr) << kind.name;
         EXPECT_LT(Length(Minus(best->vector, session.TrueVector(0, 1))), 10.0) << kind.name;
     }

@@ -58,7 +58,7 @@ std::map<std::string, Errors> BroadcastErrorsOf(double scale, double lunisolar =
         const session::Ephemerides told =
             session::SelectEphemerides({sky.Messages()}, scenario.start, last);
         for (std::size_t s = 0; s < sky.satellites().size(); ++s) {
-            const auto satellite = session::ToEngine(sky.satellites()[s].id);
+            const auto satellite = engine::ToEngine(sky.satellites()[s].id);
             for (double t = 10.0; satellite && t < 10800.0; t += 1300.0) {
                 const double moment = sky.startTime() + t;
                 const auto state = session::BroadcastState(
