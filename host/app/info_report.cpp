@@ -11,6 +11,7 @@
 #include "io/navigation.h"
 #include "io/observation_reader.h"
 #include "io/precise_orbits.h"
+#include "io/station_coordinates.h"
 #include "session/text.h"
 
 namespace vornel::app {
@@ -232,6 +233,29 @@ std::string AntennaInfo(const io::AntennaFile& a) {
     return shown > kShown ? text + Format("    and %zu more\n", shown - kShown) : text;
 }
 
+std::string CoordinatesInfo(const io::StationCoordinates& c) {
+    std::set<std::pair<std::string, std::string>> points;
+    io::GpsTime first = c.solutions.front().reference, last = first;
+    for (const io::SiteSolution& solution : c.solutions) {
+        points.insert({solution.site, solution.point});
+        first = std::min(first, solution.reference);
+        last = std::max(last, solution.reference);
+    }
+    std::string text =
+        Format("  Agency      %s\n  Stations    %zu, in %zu solutions, %zu with velocity\n",
+               OrNone(c.agency).c_str(), points.size(), c.solutions.size(),
+               static_cast<std::size_t>(
+                   std::count_if(c.solutions.begin(), c.solutions.end(),
+                                 [](const auto& solution) { return solution.velocity; })));
+    text += "  Epochs      " + Span(first, last) + "\n";
+    constexpr std::size_t kShown = 20;
+    std::size_t shown = 0;
+    for (const auto& [site, point] : points) {
+        text += shown++ < kShown ? "    " + site + " " + point + "\n" : "";
+    }
+    return shown > kShown ? text + Format("    and %zu more\n", shown - kShown) : text;
+}
+
 std::string Notes(const std::vector<io::InputNote>& notes) {
     constexpr std::size_t kShown = 10;
     std::string text;
@@ -266,6 +290,10 @@ std::string MemberInfo(const io::FileMember& file) {
         case io::FileKind::kAntenna: {
             const io::AntennaFile a = io::ReadAntennas(lines);
             return text + packing + AntennaInfo(a) + Notes(a.notes);
+        }
+        case io::FileKind::kStationCoordinates: {
+            const io::StationCoordinates c = io::ReadStationCoordinates(lines);
+            return text + version(c.version) + packing + CoordinatesInfo(c) + Notes(c.notes);
         }
     }
     return text;

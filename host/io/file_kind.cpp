@@ -10,7 +10,7 @@ namespace vornel::io {
 namespace {
 
 constexpr const char* kGiveKnown =
-    "give RINEX observation or navigation, Compact RINEX, SP3 or ANTEX";
+    "give RINEX observation or navigation, Compact RINEX, SP3, ANTEX or SINEX";
 
 [[noreturn]] void RefuseKind(const std::string& name, std::size_t line, const std::string& reason,
                              const std::string& hint = kGiveKnown) {
@@ -80,6 +80,8 @@ const char* KindName(FileKind kind) {
             return "SP3 orbit file";
         case FileKind::kAntenna:
             return "ANTEX antenna file";
+        case FileKind::kStationCoordinates:
+            return "SINEX station coordinates";
     }
     return "unknown file";
 }
@@ -103,6 +105,12 @@ FileKind RecogniseFile(std::string_view bytes, const std::string& name) {
     }
     if (label == "ANTEX VERSION / SYST") {
         return FileKind::kAntenna;
+    }
+    if (line.substr(0, 5) == "%=SNX") {
+        return FileKind::kStationCoordinates;
+    }
+    if (line.substr(0, 2) == "%=") {
+        RefuseKind(name, 1, "it is a file of the SINEX family without coordinates of stations");
     }
     if (line.size() >= 3 && line[0] == '#' &&
         (line[2] == 'P' || line[2] == 'V' || line[2] == ' ')) {

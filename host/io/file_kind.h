@@ -11,7 +11,8 @@ enum class FileKind {
     kCompactObservation,  // Compact RINEX 1, 3
     kNavigation,          // RINEX navigation 2, 3, 4
     kPreciseOrbit,        // SP3
-    kAntenna              // ANTEX
+    kAntenna,             // ANTEX
+    kStationCoordinates   // SINEX
 };
 
 // "RINEX observation file" and so on.

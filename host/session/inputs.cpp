@@ -119,6 +119,9 @@ class Reader {
         } else if (kind == io::FileKind::kPreciseOrbit) {
             inputs_.orbits.push_back(io::ReadPreciseOrbits(text));
             Note(file, FileRole::kPreciseOrbit, kind);
+        } else if (kind == io::FileKind::kStationCoordinates) {
+            inputs_.coordinates.push_back(io::ReadStationCoordinates(text));
+            Note(file, FileRole::kCoordinates, kind);
         } else {
             inputs_.antennas.push_back(io::ReadAntennas(text));
             Note(file, FileRole::kAntenna, kind);
@@ -171,6 +174,8 @@ const char* RoleName(FileRole role) {
             return "precise orbits";
         case FileRole::kAntenna:
             return "antennas";
+        case FileRole::kCoordinates:
+            return "station coordinates";
     }
     return "file";
 }
@@ -192,6 +197,9 @@ std::vector<FileNote> NotesOfReaders(const Inputs& inputs) {
         take(file.file, file.notes);
     }
     for (const io::AntennaFile& file : inputs.antennas) {
+        take(file.file, file.notes);
+    }
+    for (const io::StationCoordinates& file : inputs.coordinates) {
         take(file.file, file.notes);
     }
     return all;

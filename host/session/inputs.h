@@ -11,10 +11,11 @@
 #include "io/navigation.h"
 #include "io/observations.h"
 #include "io/precise_orbits.h"
+#include "io/station_coordinates.h"
 
 namespace vornel::session {
 
-enum class FileRole { kBase, kRover, kNavigation, kPreciseOrbit, kAntenna };
+enum class FileRole { kBase, kRover, kNavigation, kPreciseOrbit, kAntenna, kCoordinates };
 
 const char* RoleName(FileRole role);
 
@@ -41,6 +42,7 @@ struct Inputs {
     std::vector<io::Navigation> navigation;
     std::vector<io::PreciseOrbits> orbits;
     std::vector<io::AntennaFile> antennas;
+    std::vector<io::StationCoordinates> coordinates;
     std::vector<InputFile> files;
 };
 

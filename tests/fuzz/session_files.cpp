@@ -64,6 +64,9 @@ void ReadShared(std::string_view text, session::Inputs& inputs) {
         case io::FileKind::kAntenna:
             inputs.antennas.push_back(io::ReadAntennas(text, "antennas"));
             break;
+        case io::FileKind::kStationCoordinates:
+            inputs.coordinates.push_back(io::ReadStationCoordinates(text, "coordinates"));
+            break;
         case io::FileKind::kObservation:
         case io::FileKind::kCompactObservation:
             break;

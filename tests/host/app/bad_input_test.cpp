@@ -144,7 +144,7 @@ const std::vector<Case> kFiles = {
          "{}/empty.rnx.gz: the file is empty (fetch or export the file again)"},
     Case{"ALetter", [](T t) { return t.Base("letter.txt", "Dear Sir,\n"); }, 24,
          "{}/letter.txt:1: the first line is of no format that is read: 'Dear Sir,' (give RINEX "
-         "observation or navigation, Compact RINEX, SP3 or ANTEX)"},
+         "observation or navigation, Compact RINEX, SP3, ANTEX or SINEX)"},
     Case{"Noise", [](T t) { return t.Base("noise.bin", std::string("\x01\xff\x00\x7f\x80", 5)); },
          24,
          "{}/noise.bin: it is a binary file (convert receiver formats to RINEX first; packed files "

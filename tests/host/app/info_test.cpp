@@ -136,6 +136,29 @@ TEST_F(Info, ListsTheAntennasOfACalibrationFile) {
                 testing::AllOf(HasSubstr("Antennas    22 of receivers"), HasSubstr("and 2 more")));
 }
 
+TEST_F(Info, ListsTheStationsOfACoordinatesFile) {
+    const std::string path = Data("baselines/stations.snx");
+    const std::string info = InfoOf(path);
+    EXPECT_THAT(info, HasSubstr("SINEX station coordinates 2.02"));
+    EXPECT_THAT(info, HasSubstr("Stations    6, in 7 solutions, 6 with velocity\n"));
+    EXPECT_THAT(info,
+                HasSubstr("Epochs      2010-01-01 00:00:00 to 2026-04-30 10:59:45 GPS time\n"));
+    EXPECT_THAT(info, HasSubstr("    WTZR A\n"));
+
+    // Twenty are listed.
+    std::string many = Read(path);
+    const std::string estimates = many.substr(many.find("     1 STAX"), 3 * 81);
+    for (int i = 10; i < 26; ++i) {
+        std::string copy = estimates;
+        for (std::size_t at = 0; (at = copy.find("WTZR", at)) != std::string::npos;) {
+            copy.replace(at, 4, "ST" + std::to_string(i));
+        }
+        many.insert(many.find("     1 STAX"), copy);
+    }
+    EXPECT_THAT(InfoOf(Write("many.snx", many)),
+                testing::AllOf(HasSubstr("Stations    22, in 23"), HasSubstr("and 2 more")));
+}
+
 TEST_F(Info, SaysWhatAHeaderAloneLacks) {
     const std::string header =
         Line("     3.04           OBSERVATION DATA    M", "RINEX VERSION / TYPE") +

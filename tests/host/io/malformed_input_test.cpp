@@ -9,6 +9,7 @@
 #include "io/navigation.h"
 #include "io/observation_reader.h"
 #include "io/precise_orbits.h"
+#include "io/station_coordinates.h"
 #include "specimens.h"
 
 namespace vornel::io {
@@ -29,6 +30,9 @@ void ReadAny(const std::string& bytes, const std::string& name) {
             break;
         case FileKind::kAntenna:
             ReadAntennas(bytes, name);
+            break;
+        case FileKind::kStationCoordinates:
+            ReadStationCoordinates(bytes, name);
             break;
     }
 }
