@@ -45,8 +45,8 @@ std::string GeneralHelp() {
   vornel --version
 
 Files are told by what they hold: RINEX observations (Compact RINEX too) and
-navigation, SP3 orbits, ANTEX antennas, SINEX coordinates; plain or packed as .gz,
-.Z, .bz2, .xz, .zst, .zip, .tar.
+navigation, SP3 orbits, ANTEX antennas, SINEX coordinates; plain or packed as
+.gz, .Z, .bz2, .xz, .zst, .zip, .tar.
 
 Examples
   vornel solve --base WTZR.rnx --rover WTZZ.rnx BRDC.rnx
