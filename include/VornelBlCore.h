@@ -50,13 +50,8 @@
  * All times lie between 1980 and 2100: weeks 0 to 6260, seconds from 0 to below 604800. This also
  * applies to times that have no effect.
  *
- * A satellite is given by system code and number in the system, or by one number for all systems:
- *
- *   system    code   number in the system   number across the systems
- *   GPS         1        1 to 35                1 to 35
- *   GLONASS     2        1 to 32               36 to 67    (slot + 35)
- *   BDS         4        1 to 36               68 to 103   (number + 67)
- *   Galileo     8        1 to 32              104 to 135   (number + 103)
+ * A satellite is given by system code (VornelSystem) and number in the system, or by one number for
+ * all systems (VornelNumbering).
  *
  * A missing observation is 0.0.
  */
@@ -84,6 +79,170 @@ extern "C" {
 #define VORNEL_NO_ARGUMENTS void
 #endif
 
+/* ---- numbers that the engine and its hosts share ------------------------------------------------
+ * The functions take and give plain int and double; these name the values. */
+
+/* System codes: one bit each. */
+enum VornelSystem { VORNEL_GPS = 1, VORNEL_GLONASS = 2, VORNEL_BDS = 4, VORNEL_GALILEO = 8 };
+
+/* Satellites. The number in a system (GPS PRN, GLONASS slot) runs from 1 to the system's count.
+ * Plus the system's offset it is the number across the systems: GPS 1 to 35, GLONASS 36 to 67, BDS
+ * 68 to 103, Galileo 104 to VORNEL_SATELLITES. */
+enum VornelNumbering {
+    VORNEL_GPS_COUNT = 35,
+    VORNEL_GLONASS_COUNT = 32, /* slots */
+    VORNEL_BDS_COUNT = 36,
+    VORNEL_GALILEO_COUNT = 32,
+    VORNEL_GPS_OFFSET = 0,
+    VORNEL_GLONASS_OFFSET = 35,
+    VORNEL_BDS_OFFSET = 67,
+    VORNEL_GALILEO_OFFSET = 103,
+    VORNEL_SATELLITES = 135,
+    VORNEL_BDS_GEOSTATIONARY = 5 /* BDS numbers 1 to 5 have geostationary orbits */
+};
+
+/* Slots of one receiver in one epoch: the length of the arrays of InputEpochObsData. */
+enum VornelEpoch { VORNEL_EPOCH_SLOTS = 64 };
+
+/* Solve models: the phase combination that a run works on. */
+enum VornelModel {
+    VORNEL_MODEL_AUTOMATIC = 0, /* to be asked for only: the engine chooses */
+    VORNEL_MODEL_FIRST = 1,     /* first frequency */
+    VORNEL_MODEL_SECOND = 2,    /* second frequency */
+    VORNEL_MODEL_BOTH = 3,      /* both, as separate observations */
+    VORNEL_MODEL_SUM = 4,       /* sum of the phases in cycles */
+    VORNEL_MODEL_WIDE_LANE = 5, /* their difference */
+    VORNEL_MODEL_IONO_FREE = 6  /* ionosphere-free, after a run of model 5 */
+};
+
+/* Where a run stands, or ended: see StartProcess. For each solve model the float solution, the
+ * fixing and the fixed solution have their numbers. */
+enum VornelStatus {
+    VORNEL_STATUS_CONSTRUCTED = 0,
+    VORNEL_STATUS_STARTED = 10, /* at the end: no epochs, or no solver */
+    VORNEL_STATUS_NO_PERIOD = 11,
+    VORNEL_STATUS_PERIODS_CUT = 12,
+    VORNEL_STATUS_NO_REFERENCE = 13, /* no reference satellite in any period */
+    VORNEL_STATUS_REFERENCES_CHOSEN = 14,
+    VORNEL_STATUS_TRIPLE_FAILED = 20, /* triple-difference solution */
+    VORNEL_STATUS_TRIPLE_DONE = 21,
+
+    VORNEL_STATUS_WIDE_LANE_FLOAT_FAILED = 30,
+    VORNEL_STATUS_WIDE_LANE_FLOAT_DONE = 31,
+    VORNEL_STATUS_IONO_FREE_FLOAT_FAILED = 32,
+    VORNEL_STATUS_IONO_FREE_FLOAT_DONE = 33,
+    VORNEL_STATUS_SUM_FLOAT_FAILED = 34,
+    VORNEL_STATUS_SUM_FLOAT_DONE = 35,
+    VORNEL_STATUS_FIRST_FLOAT_FAILED = 40,
+    VORNEL_STATUS_FIRST_FLOAT_DONE = 41,
+    VORNEL_STATUS_SECOND_FLOAT_FAILED = 42,
+    VORNEL_STATUS_SECOND_FLOAT_DONE = 43,
+    VORNEL_STATUS_BOTH_FLOAT_FAILED = 44,
+    VORNEL_STATUS_BOTH_FLOAT_DONE = 45,
+
+    VORNEL_STATUS_WIDE_LANE_FIXING_FAILED = 50,
+    VORNEL_STATUS_WIDE_LANE_RATIO_LOW = 51,
+    VORNEL_STATUS_WIDE_LANE_RATIO_PASSED = 52,
+    VORNEL_STATUS_IONO_FREE_FIXING_FAILED = 53,
+    VORNEL_STATUS_IONO_FREE_RATIO_LOW = 54,
+    VORNEL_STATUS_IONO_FREE_RATIO_PASSED = 55,
+    VORNEL_STATUS_SUM_FIXING_FAILED = 56,
+    VORNEL_STATUS_SUM_RATIO_LOW = 57,
+    VORNEL_STATUS_SUM_RATIO_PASSED = 58,
+    VORNEL_STATUS_FIRST_FIXING_FAILED = 60,
+    VORNEL_STATUS_FIRST_RATIO_LOW = 61,
+    VORNEL_STATUS_FIRST_RATIO_PASSED = 62,
+    VORNEL_STATUS_SECOND_FIXING_FAILED = 63,
+    VORNEL_STATUS_SECOND_RATIO_LOW = 64,
+    VORNEL_STATUS_SECOND_RATIO_PASSED = 65,
+    VORNEL_STATUS_BOTH_FIXING_FAILED = 66,
+    VORNEL_STATUS_BOTH_RATIO_LOW = 67,
+    VORNEL_STATUS_BOTH_RATIO_PASSED = 68,
+
+    VORNEL_STATUS_WIDE_LANE_FIXED_FAILED = 70,
+    VORNEL_STATUS_WIDE_LANE_FIXED_DONE = 71,
+    VORNEL_STATUS_IONO_FREE_FIXED_FAILED = 72,
+    VORNEL_STATUS_IONO_FREE_FIXED_DONE = 73,
+    VORNEL_STATUS_SUM_FIXED_FAILED = 74,
+    VORNEL_STATUS_SUM_FIXED_DONE = 75,
+    VORNEL_STATUS_FIRST_FIXED_FAILED = 80,
+    VORNEL_STATUS_FIRST_FIXED_DONE = 81,
+    VORNEL_STATUS_SECOND_FIXED_FAILED = 82,
+    VORNEL_STATUS_SECOND_FIXED_DONE = 83,
+    VORNEL_STATUS_BOTH_FIXED_FAILED = 84,
+    VORNEL_STATUS_BOTH_FIXED_DONE = 85
+};
+
+/* Galileo signals, for galFreq1 and galFreq2. */
+enum VornelGalileoSignal {
+    VORNEL_GALILEO_E1 = 1,
+    VORNEL_GALILEO_E5A = 2,
+    VORNEL_GALILEO_E5B = 3,
+    VORNEL_GALILEO_E5 = 4,
+    VORNEL_GALILEO_E6 = 5
+};
+
+/* GLONASS frequency channels. Where the engine has no broadcast ephemeris, as with precise orbits,
+ * it takes the channel of a slot from a table: VORNEL_CHANNELS_OF_SLOTS, for slots 1 to
+ * VORNEL_CHANNEL_SLOTS, and 0 for those above. */
+enum VornelChannel {
+    VORNEL_LOWEST_CHANNEL = -7,
+    VORNEL_HIGHEST_CHANNEL = 13,
+    VORNEL_CHANNEL_SLOTS = 24
+};
+#define VORNEL_CHANNELS_OF_SLOTS \
+    { 1, -4, 5, 6, 1, -4, 5, 6, -2, -7, 0, -1, -2, -7, 0, -1, -6, -3, 3, 2, 4, -3, 3, 2 }
+
+/* Components of the precise tables; how many entries an interpolation takes before the time and
+ * from the first entry after it on; the value that stands for a missing one. */
+enum VornelPrecise {
+    VORNEL_PRECISE_X = 0,
+    VORNEL_PRECISE_Y = 1,
+    VORNEL_PRECISE_Z = 2,
+    VORNEL_PRECISE_CLOCK = 3,
+    VORNEL_PRECISE_BEFORE = 5,
+    VORNEL_PRECISE_AFTER = 6
+};
+#define VORNEL_MISSING_PRECISE_VALUE 0.999999999999
+
+/* Broadcast ephemerides: farthest use from the reference time, seconds, bound included. A position
+ * of GPS or GLONASS outside the two radii, metres from the earth's centre, bounds excluded, is no
+ * orbit. */
+#define VORNEL_EPHEMERIS_REACH 14400.0
+#define VORNEL_LEAST_ORBIT_RADIUS 15000000.0
+#define VORNEL_GREATEST_ORBIT_RADIUS 40000000.0
+
+/* BDS time behind GPS time, seconds. */
+#define VORNEL_BDT_OFFSET 14.0
+
+/* Greatest acceptance ratio that a fixed solution reports. */
+#define VORNEL_GREATEST_RATIO 99.0
+
+/* The configuration before InputSolveConfig is called, in its units. */
+#define VORNEL_DEFAULT_SLVMODE VORNEL_MODEL_AUTOMATIC
+#define VORNEL_DEFAULT_ELEVATION_MASK 0.2617993877991494 /* 15 degrees */
+#define VORNEL_DEFAULT_SAMPLING_INTERVAL 30.0
+#define VORNEL_DEFAULT_MIN_EPOCHS 10
+#define VORNEL_DEFAULT_SHORT_BASELINE_LIMIT 10000.0
+#define VORNEL_DEFAULT_MAX_FIX_BASELINE 30000.0
+#define VORNEL_DEFAULT_EPHEMERIS_SOURCE 0
+#define VORNEL_DEFAULT_SYSTEM 1 /* of each system */
+#define VORNEL_DEFAULT_OUTLIER_FACTOR 3.5
+#define VORNEL_DEFAULT_SLIP_TEST_CAP 0.25
+#define VORNEL_DEFAULT_RATIO_THRESHOLD 1.8
+#define VORNEL_DEFAULT_RESERVED_LIMIT_A 25.0
+#define VORNEL_DEFAULT_RESERVED_LIMIT_B 10.0
+#define VORNEL_DEFAULT_CODE_STD 10.0
+#define VORNEL_DEFAULT_PHASE_STD 0.01
+#define VORNEL_DEFAULT_PERIOD_LENGTH 7200.0
+#define VORNEL_DEFAULT_TROPO_MODEL 1
+#define VORNEL_DEFAULT_PRESSURE 1013.25
+#define VORNEL_DEFAULT_TEMPERATURE 15.0
+#define VORNEL_DEFAULT_HUMIDITY 50.0
+#define VORNEL_DEFAULT_RESERVED_MODE 1
+#define VORNEL_DEFAULT_GAL_FREQ1 VORNEL_GALILEO_E1
+#define VORNEL_DEFAULT_GAL_FREQ2 VORNEL_GALILEO_E5A
+
 /* ---- process --------------------------------------------------------------------------------- */
 
 /* Deletes an earlier process with its epochs and results, and creates an empty one with the default
@@ -106,62 +265,51 @@ VORNEL_API int CreateBLProcessWithTrace(const char* tracePath, int traceLevel);
 VORNEL_API int DiposeProcess(VORNEL_NO_ARGUMENTS);
 
 /* Runs all stages on the data handed over.
- * status  out: where the run ended. The result 1 only means that no exception left the run.
- *     10      no epochs, or no solver        11      no period
- *     12      (passing) periods cut          13      no reference satellite in any period
- *     14      (passing) references chosen    20      no triple-difference solution
- *     21      (passing) triple difference done
- *     Then, for each solve model (see slvmode), a number for
- *               float failed, done   fixing failed, ratio low, passed   fixed failed, done
- *     model 1       40, 41                60, 61, 62                       80, 81
- *     model 2       42, 43                63, 64, 65                       82, 83
- *     model 3       44, 45                66, 67, 68                       84, 85
- *     model 4       34, 35                56, 57, 58                       74, 75
- *     model 5       30, 31                50, 51, 52                       70, 71
- *     model 6       32, 33                53, 54, 55                       72, 73   (after 71)
- * A run ends with a "failed" or a "done" number. 41 and 43 are final when the baseline is too long
- * for fixing one frequency; 71 is final in model 6 when the ratio of the wide lane did not pass.
- * "done" does not depend on the ratio; GetFixedSolAmbListData returns it. After an exception status
- * is the last number reached, and the function returns 0. */
+ * status  out: where the run ended, a VornelStatus. The result 1 only means that no exception left
+ *         the run.
+ * A run ends with 10, 11, 13 or 20, or with a "failed" or a "done" number of its solve model; 12,
+ * 14, 21 and the ratio numbers are passed on the way. Model 6 solves the wide lane first, up to 71.
+ * 41 and 43 are final when the baseline is too long for fixing one frequency; 71 is final in model
+ * 6 when the ratio of the wide lane did not pass. "done" does not depend on the ratio;
+ * GetFixedSolAmbListData returns it. After an exception status is the last number reached, and the
+ * function returns 0. */
 VORNEL_API int StartProcess(int* status);
 
 /* ---- configuration and stations: before the first epoch -------------------------------------- */
 
-/* slvmode            0 automatic, or a solve model: 1 first frequency, 2 second frequency, 3 both
- *                    as separate observations, 4 their sum, 5 wide lane (difference), 6 wide lane,
- *                    then ionosphere-free. Automatic takes 1 on short baselines or when a receiver
- *                    has one frequency, else 6. When a receiver has one frequency, any value but 1
- *                    becomes automatic. A value outside 0 to 6 has no combination: the run ends
- *                    with status 40 at the latest.
- * elevationMask      radians, 0 to pi/2 (default 0.2618)
- * samplingInterval   seconds between epochs, above 0 (30)
- * minEpochs          fewest epochs of a period and of a usable satellite arc, 1 or more (10)
- * shortBaselineLimit metres (10000): shorter baselines get model 1 in automatic mode; at most 6000
- *                    below 23.5 degrees of latitude, 5000 below 20 degrees
- * maxFixBaseline     metres (30000): on baselines of this length or longer, models 1 and 2 end with
- *                    the float solution
+/* The defaults are VORNEL_DEFAULT_SLVMODE and its like.
+ * slvmode            a VornelModel. Automatic takes 1 on short baselines or when a receiver has one
+ *                    frequency, else 6. When a receiver has one frequency, any value but 1 becomes
+ *                    automatic. A value outside 0 to 6 has no combination: the run ends with status
+ *                    40 at the latest.
+ * elevationMask      radians, 0 to pi/2
+ * samplingInterval   seconds between epochs, above 0
+ * minEpochs          fewest epochs of a period and of a usable satellite arc, 1 or more
+ * shortBaselineLimit metres: shorter baselines get model 1 in automatic mode; at most 6000 below
+ *                    23.5 degrees of latitude, 5000 below 20 degrees
+ * maxFixBaseline     metres: on baselines of this length or longer, models 1 and 2 end with the
+ *                    float solution
  * ephemerisSource    0 broadcast, other: precise (InputOneSatPreEphValue)
  * systems            4 ints, GPS, GLONASS, BDS, Galileo: 1 on, 0 off
- * outlierFactor      above 3 (3.5): residuals of more than this many standard deviations are
- *                    outliers
- * slipTestCap        cycles: upper bound of the tolerance of the slip test (0.25)
- * ratioThreshold     acceptance ratio of ambiguity fixing (1.8)
- * reservedLimitA, reservedLimitB   no effect (25, 10)
- * codeStd            metres (10); no effect
- * phaseStd           cycles of GPS L1 (0.01)
- * periodLength       seconds (7200): the session is cut into periods of at least this length
- * tropoModel         0 modified Hopfield, 1 Saastamoinen (1), other: none. The fixed solution
- *                    always uses the MOPS model.
+ * outlierFactor      above 3: residuals of more than this many standard deviations are outliers
+ * slipTestCap        cycles: upper bound of the tolerance of the slip test
+ * ratioThreshold     acceptance ratio of ambiguity fixing
+ * reservedLimitA, reservedLimitB   no effect
+ * codeStd            metres; no effect
+ * phaseStd           cycles of GPS L1
+ * periodLength       seconds: the session is cut into periods of at least this length
+ * tropoModel         0 modified Hopfield, 1 Saastamoinen, other: none. The fixed solution always
+ *                    uses the MOPS model.
  * pressure, temperature, humidity
- *                    at height 0: hPa (1013.25), degrees Celsius (15), percent (50). Outside 500
- *                    to 2000, -50 to 100, 0 to 100 (bounds excluded) the values 1013.25, 18 and
- *                    50 are used. They are also used before the first call of this function since
- *                    the library was loaded; later processes keep the values of the last call.
- * reservedMode       no effect (1)
+ *                    at height 0: hPa, degrees Celsius, percent. Outside 500 to 2000, -50 to 100, 0
+ *                    to 100 (bounds excluded) the values 1013.25, 18 and 50 are used. They are also
+ *                    used before the first call of this function since the library was loaded;
+ *                    later processes keep the values of the last call.
+ * reservedMode       no effect
  * sessionStartWeek .. sessionEndSeconds   no effect
- * galFreq1, galFreq2 Galileo signals: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. galFreq1 outside 1 to 5
- *                    becomes 1; galFreq2 outside 1 to 5, or equal to galFreq1 as passed, becomes
- *                    2. With two equal bands Galileo has no second frequency. */
+ * galFreq1, galFreq2 VornelGalileoSignal. galFreq1 outside it becomes E1; galFreq2 outside it, or
+ *                    equal to galFreq1 as passed, becomes E5a. With two equal bands Galileo has no
+ *                    second frequency. */
 VORNEL_API int InputSolveConfig(int slvmode, double elevationMask, double samplingInterval,
                                 int minEpochs, double shortBaselineLimit, double maxFixBaseline,
                                 int ephemerisSource, int* systems, double outlierFactor,
@@ -192,14 +340,14 @@ VORNEL_API int InputAntCorrData(double* xyzPosR, double* l1PcoR, double* l2PcoR,
 VORNEL_API int InputIonCorrData(double* alpha, double* beta);
 
 /* One broadcast ephemeris of GPS, BDS or Galileo. It replaces a record of the same satellite and
- * reference time. Records with a health other than 0 are not used, nor any record more than 14400 s
- * from its toe.
+ * reference time. Records with a health other than 0 are not used, nor any record further than
+ * VORNEL_EPHEMERIS_REACH from its toe.
  *
  * Bounds: af0 within +-1 s, af1 +-1e-3 s/s, af2 +-1e-6 s/s^2; e 0 to 0.5; sqrtA 1000 to 10000 (root
  * of metres); angles (i0, omega0, omega, m0, cuc, cus, cic, cis) within +-7 rad; deltaN, omegaDot,
  * idot within +-1e-3 rad/s. Outside these bounds the orbit iteration may not end.
  *
- * satId         number in the system, 1 to 35, 36, 32 (GPS, BDS, Galileo)
+ * satId         number in the system
  * tocWeek, tocSeconds   clock reference time, seconds of the week
  * af0, af1, af2 clock polynomial, s, s/s, s/s^2
  * sqrtA .. cis  orbit elements in radians and metres: root of the semi-major axis, eccentricity,
@@ -211,8 +359,8 @@ VORNEL_API int InputIonCorrData(double* alpha, double* beta);
  * health        0 when usable
  *
  * Time scale and week: GPS in GPS time. Galileo in Galileo system time, taken as GPS time, weeks
- * counted from the GPS origin. BDS: seconds in BDS time as broadcast (BDT = GPS time - 14 s), weeks
- * counted from the GPS origin (BDT week + 1356). */
+ * counted from the GPS origin. BDS: seconds in BDS time as broadcast (VORNEL_BDT_OFFSET behind GPS
+ * time), weeks counted from the GPS origin (BDT week + 1356). */
 VORNEL_API int InputOneSatNavGPS(int satId, int tocWeek, double tocSeconds, double af0, double af1,
                                  double af2, double sqrtA, double e, double i0, double omega0,
                                  double omega, double m0, double deltaN, double omegaDot,
@@ -221,7 +369,8 @@ VORNEL_API int InputOneSatNavGPS(int satId, int tocWeek, double tocSeconds, doub
                                  int toeWeek, double transmitTime, int l2Codes, int health,
                                  double accuracy, int l2PFlag, double tgd, int fitInterval);
 
-/* BDS: as GPS, with a second group delay. Satellites 1 to 5 are treated as geostationary. */
+/* BDS: as GPS, with a second group delay. Satellites 1 to VORNEL_BDS_GEOSTATIONARY are treated as
+ * geostationary. */
 VORNEL_API int InputOneSatNavBDS(int satId, int tocWeek, double tocSeconds, double af0, double af1,
                                  double af2, double sqrtA, double e, double i0, double omega0,
                                  double omega, double m0, double deltaN, double omegaDot,
@@ -242,10 +391,10 @@ VORNEL_API int InputOneSatNavGAL(int satId, int tocWeek, double tocSeconds, doub
                                  int fitInterval);
 
 /* One GLONASS broadcast ephemeris. It replaces a record of the same slot and reference time. It is
- * used up to 14400 s from its reference time. Health is not tested: the host leaves out unhealthy
- * records.
+ * used up to VORNEL_EPHEMERIS_REACH from its reference time. Health is not tested: the host leaves
+ * out unhealthy records.
  *
- * slot          1 to 32
+ * slot          1 to VORNEL_GLONASS_COUNT
  * week, seconds reference time as UTC date and time of day, counted in weeks and seconds from the
  *               GPS origin, so that GPS time - (week, seconds) - leapSeconds is the time since the
  *               reference. 2000-01-01 00:00:00 (week 1042, 518400.0 s) means "no date", and
@@ -255,7 +404,7 @@ VORNEL_API int InputOneSatNavGAL(int satId, int tocWeek, double tocSeconds, doub
  * clockDrift    s/s, of the same sign, within +-1e-3
  * x .. az       state in the earth-fixed frame: km, km/s, km/s^2 (acceleration of moon and sun);
  *               15,000 to 40,000 km from the centre
- * channel       frequency channel, -7 to 13
+ * channel       frequency channel, VORNEL_LOWEST_CHANNEL to VORNEL_HIGHEST_CHANNEL
  * health, age, spare1, spare2   no effect
  * leapSeconds   GPS time minus UTC on the day of the reference time, 0 to 100 */
 VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spare2,
@@ -265,15 +414,16 @@ VORNEL_API int InputOneSatNavGLO(int slot, int week, double seconds, double spar
                                  int channel, int age, int leapSeconds);
 
 /* Tabulated precise values of one component of one satellite.
- * component  0 X, 1 Y, 2 Z (metres, ECEF), 3 clock (seconds); with any other nothing is stored
+ * component  VORNEL_PRECISE_X, Y, Z (metres, ECEF) or CLOCK (seconds); with any other nothing is
+ *            stored
  * system, prn   code and number; with an invalid pair nothing is stored
  * count      entries of each of the three arrays; below 1 nothing is stored
  * weeks, seconds   GPS time, ascending, also from call to call
- * values     0.999999999999 for a missing value; else positions within +-1e8, clocks within +-1.
+ * values     positions within +-1e8, clocks within +-1, VORNEL_MISSING_PRECISE_VALUE where missing.
  *            Two neighbouring steps between entries differ by at most half of the shorter one; put
  *            an entry of missing values into a longer gap
- * A position is interpolated from 11 entries: five up to the time, and six after it. Closer to an
- * end of the table the satellite has no orbit. */
+ * A position is interpolated from VORNEL_PRECISE_BEFORE entries up to the time, and
+ * VORNEL_PRECISE_AFTER after it. Closer to an end of the table the satellite has no orbit. */
 VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int count, int* weeks,
                                       double* seconds, double* values);
 
@@ -281,9 +431,10 @@ VORNEL_API int InputOneSatPreEphValue(int component, int system, int prn, int co
 
 /* One common epoch, rover then base, in time order.
  * week.., seconds..   time tag of each receiver, GPS time; the two at most 0.1 s apart
- * satNumbers..        64 ints: satellite number, 1 to 135; any other value marks an empty slot
- * p1.. p2.. l1.. l2.. 64 doubles each, by slot: code in metres and carrier phase in cycles on the
- *                     first and the second signal; 0.0 where missing
+ * satNumbers..        VORNEL_EPOCH_SLOTS ints: satellite number for all systems; any value that is
+ *                     none marks an empty slot
+ * p1.. p2.. l1.. l2.. VORNEL_EPOCH_SLOTS doubles each, by slot: code in metres and carrier phase in
+ *                     cycles on the first and the second signal; 0.0 where missing
  * Signals: GPS L1, L2; GLONASS G1, G2; BDS B1I (1561.098 MHz) and 1207.14 MHz; Galileo by galFreq1,
  * galFreq2. Codes lie between 1e6 and 1e9 m, phases within +-1e12 cycles. A phase without its code
  * is not used. The epoch of the difference is the mean of the two seconds of the week, rounded to a
@@ -405,8 +556,8 @@ VORNEL_API int GetFloatSolAmbNum(int index);
 VORNEL_API int GetFixedSolAmbNum(int index);
 
 /* At most maxCount ambiguities; returns how many were written.
- * ratio  out: acceptance ratio of the fixing, 1 to 99; also written when maxCount is 0 or when
- *        there are no ambiguities */
+ * ratio  out: acceptance ratio of the fixing, 1 to VORNEL_GREATEST_RATIO; also written when
+ *        maxCount is 0 or when there are no ambiguities */
 VORNEL_API int GetFloatSolAmbListData(int index, int maxCount, VORNEL_AMBIGUITY_ARRAYS);
 VORNEL_API int GetFixedSolAmbListData(int index, int maxCount, double* ratio,
                                       VORNEL_AMBIGUITY_ARRAYS);

@@ -25,7 +25,6 @@ using gult::matrixT;
 
 namespace {
 
-constexpr double kMaxRatio = 99.0;
 constexpr double kFarFromInteger = 0.35;  // cycles
 constexpr double kBlunder = 2.35;         // cycles
 constexpr double kNothingToSearch = 0.001;
@@ -51,7 +50,7 @@ struct AmbiguitySet {
     }
 
     void Erase(int track) {
-        if (mode == 3) {
+        if (mode == VORNEL_MODEL_BOTH) {
             EraseRowAndColumn(TrackCount() + track);
         }
         EraseRowAndColumn(track);
@@ -157,7 +156,7 @@ void File(int mode, const RoundResult& result, SolveResultFixed& out) {
         const AmbRstInfo& track = result.tracks[i];
         AmbRstInfo fixed = TrackOf(track);
         fixed.value1 = result.integers[i];
-        if (mode == 3) {
+        if (mode == VORNEL_MODEL_BOTH) {
             fixed.value2 = result.integers[count + i];
         }
         out.ambiguities.push_back(fixed);
@@ -188,7 +187,7 @@ int FixByShrinking(const SolveConfig& config, AmbiguitySet set, const ShrinkRule
         if (pair.s1 == 0.0) {
             return 0;
         }
-        last = {set.tracks, pair.best, std::min(pair.s2 / pair.s1, kMaxRatio)};
+        last = {set.tracks, pair.best, std::min(pair.s2 / pair.s1, VORNEL_GREATEST_RATIO)};
         if (last.ratio > config.ratioThreshold || config.reservedMode == 0) {
             break;
         }
@@ -214,8 +213,11 @@ int FixByShrinking(const SolveConfig& config, AmbiguitySet set, const ShrinkRule
 EpochEquations BuildEpochEquations(StaticSolve& solver, const AmbiguitySet& set) {
     EpochEquations equations;
     const std::vector<AmbRstInfo> wideLane =
-        set.mode == 6 ? solver.resultManage.FindFixed(5).ambiguities : std::vector<AmbRstInfo>();
-    const RowFinder rowFinder(solver, set.tracks, set.mode == 6 ? &wideLane : nullptr);
+        set.mode == VORNEL_MODEL_IONO_FREE
+            ? solver.resultManage.FindFixed(VORNEL_MODEL_WIDE_LANE).ambiguities
+            : std::vector<AmbRstInfo>();
+    const RowFinder rowFinder(solver, set.tracks,
+                              set.mode == VORNEL_MODEL_IONO_FREE ? &wideLane : nullptr);
     std::vector<DoubleDifferencer> differencers;
     for (int block = 0; block < BlockCount(set.mode); ++block) {
         differencers.emplace_back(solver, set.mode, block, ModelForm::kConfigured);
@@ -246,7 +248,7 @@ EpochEquations BuildEpochEquations(StaticSolve& solver, const AmbiguitySet& set)
                 const LaneCombination& combination = difference.combination;
                 double v = difference.v;
                 double wavelength = combination.wavelength;
-                if (set.mode == 6) {
+                if (set.mode == VORNEL_MODEL_IONO_FREE) {
                     const double wide = wideLane[Slot(rows[i].wideLane)].value1;
                     v -= combination.wideLane * wide * combination.wavelength;
                     wavelength *= combination.narrowLane;

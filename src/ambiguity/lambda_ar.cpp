@@ -17,7 +17,6 @@ using gult::matrixT;
 
 namespace {
 
-constexpr double kMaxRatio = 99.0;
 // A whole set that passes a lower threshold by less than this still competes with its subsets.
 constexpr double kSurePass = 2.0;
 // An elimination trial above this ratio is kept even where it does not pass.
@@ -244,7 +243,7 @@ int LambdaAR::Resolve() {
     }
     ConditionalUpdate(Qxx, Qxa, Qaa, da, xc, xFixed, QxxFixed);
 
-    ratio = std::min(parRatio, kMaxRatio);
+    ratio = std::min(parRatio, VORNEL_GREATEST_RATIO);
     nFixed = kept;
     fixMask = mask;
     ambFixed = fixed;

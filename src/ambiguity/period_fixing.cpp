@@ -114,16 +114,17 @@ void PeriodFixing::Collect() {
         if (lambda.fixQuality < 0) {
             continue;
         }
-        const int tracks = model == 3 ? lambda.nb / 2 : lambda.nb;
+        const int tracks = model == VORNEL_MODEL_BOTH ? lambda.nb / 2 : lambda.nb;
         for (int i = 0; i < tracks; ++i) {
             const int second = i + tracks;
-            if (lambda.fixMask[Slot(i)] == 0 || (model == 3 && lambda.fixMask[Slot(second)] == 0)) {
+            if (lambda.fixMask[Slot(i)] == 0 ||
+                (model == VORNEL_MODEL_BOTH && lambda.fixMask[Slot(second)] == 0)) {
                 continue;
             }
             const AmbRstInfo& source = lambda.ambRecords.at(Slot(i));
             AmbRstInfo fixed = TrackOf(source);
             fixed.value1 = lambda.ambFixed(Index(i), 0);
-            if (model == 3) {
+            if (model == VORNEL_MODEL_BOTH) {
                 fixed.value2 = lambda.ambFixed(Index(second), 0);
             }
             ambiguities.push_back(fixed);

@@ -35,15 +35,15 @@ Coefficients IonosphereFree(int system, const Carriers& carriers) {
 
 Coefficients CoefficientsOf(int mode, int block, int system, const Carriers& carriers) {
     switch (mode) {
-        case 2:
+        case VORNEL_MODEL_SECOND:
             return {0.0, 1.0};
-        case 3:
+        case VORNEL_MODEL_BOTH:
             return block == kFirstBlock ? Coefficients{1.0, 0.0} : Coefficients{0.0, 1.0};
-        case 4:
+        case VORNEL_MODEL_SUM:
             return {1.0, 1.0};
-        case 5:
+        case VORNEL_MODEL_WIDE_LANE:
             return {1.0, -1.0};
-        case 6:
+        case VORNEL_MODEL_IONO_FREE:
             return IonosphereFree(system, carriers);
         default:
             return {1.0, 0.0};

@@ -14,7 +14,7 @@ namespace vornel {
 inline constexpr int kFirstBlock = 0;
 inline constexpr int kSecondBlock = 1;
 inline int BlockCount(int mode) {
-    return mode == 3 ? 2 : 1;
+    return mode == VORNEL_MODEL_BOTH ? 2 : 1;
 }
 
 struct LaneCombination : PhaseCombination {

@@ -48,13 +48,14 @@ class FixedSolution {
         if (fix_.mode != mode_) {
             return 0;
         }
-        if (mode_ == 6) {
-            wideLane_ = solver_.resultManage.FindFixed(5).ambiguities;
+        if (mode_ == VORNEL_MODEL_IONO_FREE) {
+            wideLane_ = solver_.resultManage.FindFixed(VORNEL_MODEL_WIDE_LANE).ambiguities;
             if (wideLane_.empty()) {
                 return 0;
             }
         }
-        rowFinder_.emplace(solver_, fix_.ambiguities, mode_ == 6 ? &wideLane_ : nullptr);
+        rowFinder_.emplace(solver_, fix_.ambiguities,
+                           mode_ == VORNEL_MODEL_IONO_FREE ? &wideLane_ : nullptr);
         for (int pass = 0; pass < kMaxPasses; ++pass) {
             if (fix_.ambiguities.empty()) {
                 return 0;
@@ -173,7 +174,7 @@ class FixedSolution {
 
     // Metres of the held ambiguity.
     double AmbiguityPart(const LaneCombination& combination, const Row& row, double value) const {
-        if (mode_ != 6) {
+        if (mode_ != VORNEL_MODEL_IONO_FREE) {
             return value * combination.wavelength;
         }
         const double wide = wideLane_[Slot(row.wideLane)].value1;

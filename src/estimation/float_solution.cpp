@@ -56,8 +56,8 @@ class FloatSolution {
 
     int Solve() {
         BuildAmbiguityList();
-        if (mode_ == 6) {
-            wideLane_ = solver_.resultManage.FindFixed(5).ambiguities;
+        if (mode_ == VORNEL_MODEL_IONO_FREE) {
+            wideLane_ = solver_.resultManage.FindFixed(VORNEL_MODEL_WIDE_LANE).ambiguities;
             if (wideLane_.empty()) {
                 return 0;
             }
@@ -149,7 +149,8 @@ class FloatSolution {
         weightedSumSquares_ = 0.0;
         commonCount_ = CommonParameterCount(mode_, solver_.hasGlonass);
         AssignTracksToPeriods();
-        rowFinder_.emplace(solver_, ambiguities_, mode_ == 6 ? &wideLane_ : nullptr);
+        rowFinder_.emplace(solver_, ambiguities_,
+                           mode_ == VORNEL_MODEL_IONO_FREE ? &wideLane_ : nullptr);
         equationsOfPeriod_.clear();
         for (std::size_t p = 0; p < PeriodCount(); ++p) {
             equationsOfPeriod_.emplace_back(commonCount_, SizeOf(p));
@@ -210,8 +211,9 @@ class FloatSolution {
         }
         equation.ambiguityColumn =
             commonCount_ + places_[Slot(row.ambiguity)].position + block * TracksOf(p);
-        equation.ambiguityFactor =
-            mode_ == 6 ? combination.wavelength * combination.narrowLane : combination.wavelength;
+        equation.ambiguityFactor = mode_ == VORNEL_MODEL_IONO_FREE
+                                       ? combination.wavelength * combination.narrowLane
+                                       : combination.wavelength;
         equation.misclosure = v;
         equation.weight = weight;
         sumSquares_ += v * v;
@@ -228,7 +230,7 @@ class FloatSolution {
         const LaneCombination& combination = difference.combination;
         const double wavelength = combination.wavelength;
         const double v = difference.v;
-        if (mode_ != 6) {
+        if (mode_ != VORNEL_MODEL_IONO_FREE) {
             if (value == 0.0) {
                 value = RoundHalfAway(v / wavelength);
             }
@@ -420,7 +422,7 @@ class FloatSolution {
         const std::uint32_t nc = Index(solvedCommonCount_);
         const std::uint32_t size = covariance_.RowCount() - nc;
         matrixT block = SubBlock(covariance_, nc, nc, size, size).DeepCopy();
-        if (mode_ != 3) {
+        if (mode_ != VORNEL_MODEL_BOTH) {
             return block;
         }
         const std::uint32_t half = size / 2;
@@ -483,7 +485,7 @@ class FloatSolution {
 
 int StaticSolve::FloatSolveMulEq(int mode) {
     TraceWrite(3, "FloatSolveMulEq : mode=%d.\n", mode);
-    if (mode < 1 || mode > 6) {
+    if (mode < VORNEL_MODEL_FIRST || mode > VORNEL_MODEL_IONO_FREE) {
         return 0;  // no combination
     }
     return FloatSolution(*this, mode).Solve();

@@ -84,7 +84,7 @@ SatTrackList* TrackList(CTRLSolve& control, int listIndex) {
 
 // A band of the configuration: `standIn` for one that does not exist.
 int GalileoBand(int band, int standIn) {
-    return band < 1 || band > 5 ? standIn : band;
+    return band < VORNEL_GALILEO_E1 || band > VORNEL_GALILEO_E6 ? standIn : band;
 }
 
 std::unique_ptr<StaticSolve> NewSolver(const CTRLSolve& control) {
@@ -128,13 +128,13 @@ int DiposeProcess() {
 int StartProcess(int* status) {
     Process& process = CurrentProcess();
     try {
-        *status = run_status::kConstructed;
+        *status = VORNEL_STATUS_CONSTRUCTED;
         process.solver.reset();
         process.solver = NewSolver(Control());
         *status = process.solver->Run();
         return 1;
     } catch (...) {
-        *status = process.solver ? process.solver->status : run_status::kStarted;
+        *status = process.solver ? process.solver->status : VORNEL_STATUS_STARTED;
         return 0;
     }
 }
@@ -177,9 +177,10 @@ int InputSolveConfig(int slvmode, double elevationMask, double samplingInterval,
         config.reservedMode = reservedMode;
         config.sessionStart = Epoch(sessionStartWeek, sessionStartSeconds);
         config.sessionEnd = Epoch(sessionEndWeek, sessionEndSeconds);
-        config.galFreq1 = GalileoBand(galFreq1, 1);
+        config.galFreq1 = GalileoBand(galFreq1, VORNEL_GALILEO_E1);
         // Against the first band as it was passed, not as it was mended.
-        config.galFreq2 = galFreq2 == galFreq1 ? 2 : GalileoBand(galFreq2, 2);
+        config.galFreq2 =
+            galFreq2 == galFreq1 ? VORNEL_GALILEO_E5A : GalileoBand(galFreq2, VORNEL_GALILEO_E5A);
         TraceConfig(config);
     });
 }
@@ -312,7 +313,7 @@ int InputOneSatPreEphValue(int component, int system, int prn, int count, int* w
                            double* seconds, double* values) {
     return Guarded([=] {
         const int satNumber = MakeSatNumber(system, prn);
-        if (component < 0 || component > 3 || satNumber == 0) {
+        if (component < VORNEL_PRECISE_X || component > VORNEL_PRECISE_CLOCK || satNumber == 0) {
             return;
         }
         for (int i = 0; i < count; ++i) {

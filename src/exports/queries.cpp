@@ -26,7 +26,7 @@ Record* ByIndex(std::vector<Record>& records, int index) {
 // The first record of a solve model; nullptr for a model outside 1 to 6, or without a record.
 template <class Record>
 Record* ByMode(std::vector<Record>& records, int mode) {
-    if (mode < 1 || mode > 6) {
+    if (mode < VORNEL_MODEL_FIRST || mode > VORNEL_MODEL_IONO_FREE) {
         return nullptr;
     }
     const auto record = std::find_if(records.begin(), records.end(),

@@ -14,15 +14,15 @@ struct Carrier {
 // BDS B2.
 Carrier CarrierOfBand(int band) {
     switch (band) {
-        case 1:
+        case VORNEL_GALILEO_E1:
             return {kGpsL1Frequency, kGpsL1Wavelength};
-        case 2:
+        case VORNEL_GALILEO_E5A:
             return {1176450000.0, 0.25482804879085386};
-        case 3:
+        case VORNEL_GALILEO_E5B:
             return {kBdsB2Frequency, kBdsB2Wavelength};
-        case 4:
+        case VORNEL_GALILEO_E5:
             return {1191795000.0, 0.251547000952345};
-        case 5:
+        case VORNEL_GALILEO_E6:
             return {1278750000.0, 0.23444180488758554};
         default:
             return {15754200000.0, 0.0};

@@ -1,16 +1,18 @@
 // Satellite numbers across the four systems, carrier frequencies and what is derived from them.
 #pragma once
 
+#include "VornelBlCore.h"
+
 namespace vornel {
 
-inline constexpr int kSatelliteCount = 135;  // numbers run from 1; arrays use number - 1
-inline constexpr int kGlonassSlotCount = 32;
+inline constexpr int kSatelliteCount = VORNEL_SATELLITES;  // from 1; arrays use number - 1
+inline constexpr int kGlonassSlotCount = VORNEL_GLONASS_COUNT;
 
-// System codes are bits, so that a configuration can combine them.
-inline constexpr int kGps = 1;
-inline constexpr int kGlonass = 2;
-inline constexpr int kBds = 4;
-inline constexpr int kGalileo = 8;
+// System codes.
+inline constexpr int kGps = VORNEL_GPS;
+inline constexpr int kGlonass = VORNEL_GLONASS;
+inline constexpr int kBds = VORNEL_BDS;
+inline constexpr int kGalileo = VORNEL_GALILEO;
 
 // The numbers of each system, in order and without a hole.
 struct SatelliteBlock {
@@ -19,11 +21,16 @@ struct SatelliteBlock {
     int offset;  // from id to number
 };
 inline constexpr SatelliteBlock kSatelliteBlocks[] = {
-    {kGps, 35, 0},
-    {kGlonass, kGlonassSlotCount, 35},
-    {kBds, 36, 67},
-    {kGalileo, 32, 103},
+    {kGps, VORNEL_GPS_COUNT, VORNEL_GPS_OFFSET},
+    {kGlonass, VORNEL_GLONASS_COUNT, VORNEL_GLONASS_OFFSET},
+    {kBds, VORNEL_BDS_COUNT, VORNEL_BDS_OFFSET},
+    {kGalileo, VORNEL_GALILEO_COUNT, VORNEL_GALILEO_OFFSET},
 };
+static_assert(
+    kSatelliteBlocks[1].offset == kSatelliteBlocks[0].offset + kSatelliteBlocks[0].count &&
+    kSatelliteBlocks[2].offset == kSatelliteBlocks[1].offset + kSatelliteBlocks[1].count &&
+    kSatelliteBlocks[3].offset == kSatelliteBlocks[2].offset + kSatelliteBlocks[2].count &&
+    kSatelliteCount == kSatelliteBlocks[3].offset + kSatelliteBlocks[3].count);
 
 inline constexpr double kSpeedOfLight = 299792458.0;  // m/s
 
@@ -77,7 +84,7 @@ double GlonassL2Frequency(int channel);
 double GlonassL1Wavelength(int channel);
 double GlonassL2Wavelength(int channel);
 
-// Galileo carriers by band: 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6. Any other band has ten times the
+// Galileo carriers by band (VornelGalileoSignal). Any other band has ten times the
 // frequency of E1 and wavelength 0.
 double BandFrequency(int band);
 double BandWavelength(int band);

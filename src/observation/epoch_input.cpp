@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "VornelBlCore.h"
 #include "foundation/statistics.h"
 #include "observation/observation_records.h"
 #include "orbit/broadcast_ephemeris.h"
@@ -14,7 +15,6 @@ namespace vornel {
 
 namespace {
 
-constexpr int kInputSlots = 64;
 constexpr int kMaxPasses = 10;
 constexpr double kTimeTolerance = 1e-8;     // s, of the transmission time
 constexpr double kVelocityInterval = 0.01;  // s
@@ -104,8 +104,8 @@ void ZDObsData::Fill(int week, double seconds, const int* satellites, const doub
     Clear();
     epoch = Epoch(week, seconds);
     ReserveSlots(static_cast<std::size_t>(
-        std::count_if(satellites, satellites + kInputSlots, IsSatelliteNumber)));
-    for (int slot = 0; slot < kInputSlots; ++slot) {
+        std::count_if(satellites, satellites + VORNEL_EPOCH_SLOTS, IsSatelliteNumber)));
+    for (int slot = 0; slot < VORNEL_EPOCH_SLOTS; ++slot) {
         const int number = satellites[slot];
         if (!IsSatelliteNumber(number)) {
             continue;

@@ -28,7 +28,8 @@ struct KeplerConstants {
 
 constexpr KeplerConstants kGpsConstants = {
     398600500000000.0, kEarthRateGps, 604800.0, true, 0.0, 0};
-constexpr KeplerConstants kBdsConstants = {398600441800000.0, kEarthRateBds, 1e10, false, -14.0, 5};
+constexpr KeplerConstants kBdsConstants = {398600441800000.0,  kEarthRateBds,           1e10, false,
+                                           -VORNEL_BDT_OFFSET, VORNEL_BDS_GEOSTATIONARY};
 constexpr KeplerConstants kGalileoConstants = {
     398600441800000.0, kEarthRateGps, 1e10, false, 0.0, 0};
 
@@ -194,7 +195,7 @@ const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double 
     const ClosestBetween& last = ofSatellite.lastChoice;
     if (seconds > last.from && seconds < last.to) {
         compare(last.position);
-        return bestDifference > kMaxOrbitAge ? nullptr : best;
+        return bestDifference > VORNEL_EPHEMERIS_REACH ? nullptr : best;
     }
     double closest = std::numeric_limits<double>::infinity();
     for (const Reference& reference : ofSatellite.references) {
@@ -216,7 +217,7 @@ const KeplerEphemeris* KeplerStore::Select(const Epoch& time, int satId, double 
     if (compared == 1) {
         ofSatellite.lastChoice = AroundChoice(ofSatellite.references, *chosen);
     }
-    return bestDifference > kMaxOrbitAge ? nullptr : best;
+    return bestDifference > VORNEL_EPHEMERIS_REACH ? nullptr : best;
 }
 
 KeplerStore& GpsStore() {

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cmath>
+#include <iterator>
 
 #include "orbit/limits.h"
 
@@ -172,7 +173,7 @@ int GlonassStore::Select(const Epoch& time, int slot) const {
             best = reference.position;
         }
     }
-    return bestDifference > kMaxOrbitAge ? -1 : best;
+    return bestDifference > VORNEL_EPHEMERIS_REACH ? -1 : best;
 }
 
 const GlonassEphemeris* GlonassStore::FirstOfSlot(int slot) const {
@@ -206,10 +207,9 @@ bool GetGlonassPosition(Epoch time, int slot, XYZPosition& position, double& clo
 }
 
 int GlonassChannelOfSlot(int slot) {
-    constexpr int kSlotCount = 24;
-    constexpr int kChannels[kSlotCount] = {1,  -4, 5, 6,  1,  -4, 5, 6, -2, -7, 0, -1,
-                                           -2, -7, 0, -1, -6, -3, 3, 2, 4,  -3, 3, 2};
-    return slot >= 1 && slot <= kSlotCount ? kChannels[slot - 1] : 0;
+    constexpr int kChannels[] = VORNEL_CHANNELS_OF_SLOTS;
+    static_assert(std::size(kChannels) == VORNEL_CHANNEL_SLOTS);
+    return slot >= 1 && slot <= VORNEL_CHANNEL_SLOTS ? kChannels[slot - 1] : 0;
 }
 
 }  // namespace vornel

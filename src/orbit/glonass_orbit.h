@@ -11,7 +11,7 @@
 namespace vornel {
 
 struct GlonassEphemeris {
-    int slot = 0;    // 1 to 32
+    int slot = 0;
     Epoch refEpoch;  // reference time with a date, or zero when only the time of day is known
     double tbSeconds = 0.0;  // reference time, seconds of the day
     double spare1 = 0.0;
@@ -76,8 +76,8 @@ GlonassStore& GlonassEphemerides();
 // outside 15,000 to 40,000 km.
 bool GetGlonassPosition(Epoch time, int slot, XYZPosition& position, double& clock, int& channel);
 
-// Frequency channel of a slot from a fixed table, for when no broadcast record is at hand; 0
-// outside 1 to 24.
+// Frequency channel of a slot from the table of the public header, for when no broadcast record is
+// at hand; 0 for a slot outside it.
 int GlonassChannelOfSlot(int slot);
 
 }  // namespace vornel

@@ -1,13 +1,11 @@
 // What bounds the use of every broadcast ephemeris.
 #pragma once
 
+#include "VornelBlCore.h"
 #include "foundation/position.h"
 
 namespace vornel {
 
-inline constexpr double kMaxOrbitAge = 14400.0;        // s, from the reference time
-inline constexpr double kMinOrbitRadius = 15000000.0;  // m
-inline constexpr double kMaxOrbitRadius = 40000000.0;  // m
 // s: more than the rough times of the stores can be off between 1980 and 2100.
 inline constexpr double kRoughTimeError = 1e-3;
 
@@ -18,7 +16,7 @@ inline constexpr double kEarthRateBds = 7.292115e-05;
 // Whether a position lies where navigation satellites do.
 inline bool HasOrbitRadius(const XYZPosition& position) {
     const double radius = Distance(position, XYZPosition());
-    return radius > kMinOrbitRadius && radius < kMaxOrbitRadius;
+    return radius > VORNEL_LEAST_ORBIT_RADIUS && radius < VORNEL_GREATEST_ORBIT_RADIUS;
 }
 
 }  // namespace vornel

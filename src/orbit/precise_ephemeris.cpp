@@ -4,13 +4,15 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "VornelBlCore.h"
+
 namespace vornel {
 
 namespace {
 
-constexpr int kClock = 3;         // component of the store
-constexpr int kPointsBefore = 5;  // entries on either side of the one in the middle
+constexpr int kPointsBefore = VORNEL_PRECISE_BEFORE;  // on either side of the one in the middle
 constexpr int kPoints = 2 * kPointsBefore + 1;
+static_assert(kPoints == VORNEL_PRECISE_BEFORE + VORNEL_PRECISE_AFTER);
 
 double DayCount(const Epoch& time) {
     int week = 0;
@@ -36,7 +38,7 @@ const OneSatSP3ValList* SP3ValList::Find(int satNumber) const {
 }
 
 SP3ValList& PreciseStore(int component) {
-    static SP3ValList stores[4];
+    static SP3ValList stores[VORNEL_PRECISE_CLOCK + 1];
     return stores[component];
 }
 
@@ -78,7 +80,7 @@ bool InterpolateOne(const OneSatSP3ValList& list, const Epoch& time, double& out
     double points[kPoints];
     for (int k = 0; k < kPoints; ++k) {
         const auto& [epoch, value] = *(after + (k - kPointsBefore));
-        if (value == kMissingPreciseValue) {
+        if (value == VORNEL_MISSING_PRECISE_VALUE) {
             return false;
         }
         days[k] = DayCount(epoch);
@@ -120,10 +122,10 @@ double Lagrange(int n, const double* x, const double* y, double t) {
 bool GetPrecisePosition(Epoch time, int satNumber, XYZPosition& position, double& clock) {
     position = XYZPosition();
     clock = 0.0;
-    return InterpolateComponent(0, satNumber, time, position.X) &&
-           InterpolateComponent(1, satNumber, time, position.Y) &&
-           InterpolateComponent(2, satNumber, time, position.Z) &&
-           InterpolateComponent(kClock, satNumber, time, clock);
+    return InterpolateComponent(VORNEL_PRECISE_X, satNumber, time, position.X) &&
+           InterpolateComponent(VORNEL_PRECISE_Y, satNumber, time, position.Y) &&
+           InterpolateComponent(VORNEL_PRECISE_Z, satNumber, time, position.Z) &&
+           InterpolateComponent(VORNEL_PRECISE_CLOCK, satNumber, time, clock);
 }
 
 }  // namespace vornel

@@ -9,8 +9,6 @@
 
 namespace vornel {
 
-inline constexpr double kMissingPreciseValue = 0.999999999999;
-
 // The values of one satellite, in order of input (ascending time is the host's duty).
 class OneSatSP3ValList {
   public:
@@ -39,7 +37,7 @@ class SP3ValList {
     const OneSatSP3ValList* Find(int satNumber) const;
 };
 
-// The process-wide stores: 0 X, 1 Y, 2 Z (metres), 3 clock (seconds).
+// The process-wide stores, by VornelPrecise: positions in metres, clocks in seconds.
 SP3ValList& PreciseStore(int component);
 
 // Adds a value at the end of the satellite's list; an earlier value of the same epoch goes.

@@ -15,9 +15,9 @@ namespace {
 // The list of the epoch that holds the satellites of a solve model.
 const std::vector<int>& UsableSatellites(const SDObsData& epoch, int solveModel) {
     switch (solveModel) {
-        case 1:
+        case VORNEL_MODEL_FIRST:
             return epoch.satListF1;
-        case 2:
+        case VORNEL_MODEL_SECOND:
             return epoch.satListF2;
         default:
             return epoch.satListDual;
@@ -47,7 +47,7 @@ void FilterSatellites(SDObsData& epoch, const StaticSolve& solver) {
 
 int StaticSolve::CutPeriods() {
     if (epochs.empty()) {
-        return run_status::kStarted;
+        return VORNEL_STATUS_STARTED;
     }
     const int lastIndex = static_cast<int>(epochs.size()) - 1;
     periods.clear();
@@ -90,7 +90,7 @@ int StaticSolve::CutPeriods() {
             periods.push_back(open);
         }
     }
-    return periods.empty() ? run_status::kNoPeriod : run_status::kPrepared;
+    return periods.empty() ? VORNEL_STATUS_NO_PERIOD : VORNEL_STATUS_PERIODS_CUT;
 }
 
 }  // namespace vornel

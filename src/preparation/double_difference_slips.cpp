@@ -60,10 +60,11 @@ class DoubleDifferenceSlipRepair {
         : solver_(solver),
           model_(solver),
           minEpochs_(solver.config.minEpochs),
-          twoFrequencies_(solver.solveModel != 1 && solver.solveModel != 2),
+          twoFrequencies_(solver.solveModel != VORNEL_MODEL_FIRST &&
+                          solver.solveModel != VORNEL_MODEL_SECOND),
           tolerances_(kSatelliteCount) {
-        inUse_[0] = twoFrequencies_ || solver.solveModel == 1;
-        inUse_[1] = twoFrequencies_ || solver.solveModel == 2;
+        inUse_[0] = twoFrequencies_ || solver.solveModel == VORNEL_MODEL_FIRST;
+        inUse_[1] = twoFrequencies_ || solver.solveModel == VORNEL_MODEL_SECOND;
     }
 
     void Run() {

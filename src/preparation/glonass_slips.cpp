@@ -52,9 +52,10 @@ class GlonassSlipRepair {
           model_(solver),
           minEpochs_(std::max(solver.config.minEpochs, 1)),
           state_(kSatelliteCount) {
-        const bool twoFrequencies = solver.solveModel != 1 && solver.solveModel != 2;
-        inUse_[0] = twoFrequencies || solver.solveModel == 1;
-        inUse_[1] = twoFrequencies || solver.solveModel == 2;
+        const bool twoFrequencies =
+            solver.solveModel != VORNEL_MODEL_FIRST && solver.solveModel != VORNEL_MODEL_SECOND;
+        inUse_[0] = twoFrequencies || solver.solveModel == VORNEL_MODEL_FIRST;
+        inUse_[1] = twoFrequencies || solver.solveModel == VORNEL_MODEL_SECOND;
     }
 
     void Run() {

@@ -184,7 +184,7 @@ int StaticSolve::SelectRefSats() {
                    periods[i].refSatGps, periods[i].refSatGlo, periods[i].refSatBds,
                    periods[i].refSatGal);
     }
-    return anyReference ? run_status::kReferencesSelected : run_status::kNoReference;
+    return anyReference ? VORNEL_STATUS_REFERENCES_CHOSEN : VORNEL_STATUS_NO_REFERENCE;
 }
 
 }  // namespace vornel

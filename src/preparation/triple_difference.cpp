@@ -69,7 +69,7 @@ class TripleDifference {
             try {
                 step = SolveStep(equations_, x_);
             } catch (const std::exception&) {
-                return run_status::kTripleDifferenceFailed;
+                return VORNEL_STATUS_TRIPLE_FAILED;
             }
             sigma_ = step.rms;
             if (step.norm < kConverged) {
@@ -79,9 +79,9 @@ class TripleDifference {
         try {
             Store(step);
         } catch (const std::exception&) {
-            return run_status::kTripleDifferenceFailed;
+            return VORNEL_STATUS_TRIPLE_FAILED;
         }
-        return run_status::kTripleDifferenceDone;
+        return VORNEL_STATUS_TRIPLE_DONE;
     }
 
   private:
@@ -102,11 +102,11 @@ class TripleDifference {
                 ForgetPrevious();
                 lastPeriod = period;
             }
-            const bool firstUsed = solver_.solveModel != 2;
+            const bool firstUsed = solver_.solveModel != VORNEL_MODEL_SECOND;
             if (firstUsed && !AccumulatePass(e, *period, 1)) {
                 continue;
             }
-            if (solver_.solveModel != 1) {
+            if (solver_.solveModel != VORNEL_MODEL_FIRST) {
                 AccumulatePass(e, *period, 2);
             }
         }
@@ -214,7 +214,8 @@ class TripleDifference {
     void Store(const CoordinateStep& step) {
         SolveResultTD result;
         const int model = solver_.solveModel;
-        result.mode = model == 1 || model == 2 ? model : 3;
+        result.mode =
+            model == VORNEL_MODEL_FIRST || model == VORNEL_MODEL_SECOND ? model : VORNEL_MODEL_BOTH;
         SetBaseline(result, x_, solver_.basePosition);
         SetCovariance(result, step.Q, x_);
         SetAccuracy(result, result.length);

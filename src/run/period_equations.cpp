@@ -144,7 +144,8 @@ void PeriodEquations::ExtractPeriod(int p, int& nx, int& nb, matrixT& values, ma
 }
 
 std::vector<AmbRstInfo> PeriodEquations::AmbiguitiesOfPeriod(int p) const {
-    const int count = model == 3 ? tables.ambCount[Slot(p)] / 2 : tables.ambCount[Slot(p)];
+    const int count =
+        model == VORNEL_MODEL_BOTH ? tables.ambCount[Slot(p)] / 2 : tables.ambCount[Slot(p)];
     std::vector<AmbRstInfo> list;
     for (int i = 0; i < count; ++i) {
         const int position = tables.ambList[Slot(p) * Slot(maxAmbiguities) + Slot(i)];

@@ -43,28 +43,28 @@ StaticSolve::StaticSolve(int glonass, int processFlag, const SolveConfig& settin
 }
 
 int StaticSolve::Run() {
-    status = run_status::kStarted;
+    status = VORNEL_STATUS_STARTED;
     SelectSolveMode();
     status = CutPeriods();
-    if (status != run_status::kPrepared) {
+    if (status != VORNEL_STATUS_PERIODS_CUT) {
         return status;
     }
     status = SelectRefSats();
-    if (status != run_status::kReferencesSelected) {
+    if (status != VORNEL_STATUS_REFERENCES_CHOSEN) {
         return status;
     }
     if (reservedProcessFlag == 1 && SolvePreliminaryBaseline() != 1) {
         return status;
     }
     status = SolveTripleDifference();
-    if (status != run_status::kTripleDifferenceDone) {
+    if (status != VORNEL_STATUS_TRIPLE_DONE) {
         return status;
     }
     RepairGlonassSlips();
     RepairDoubleDifferenceSlips();
     AlignGlonassReference();
     periodValues.assign(periods.size(), 0.0);
-    if (solveModel == 6) {
+    if (solveModel == VORNEL_MODEL_IONO_FREE) {
         RunWideLaneThenIonoFree();
     } else {
         RunSingleModel();
@@ -81,7 +81,8 @@ void StaticSolve::RunSingleModel() {
     status = numbers.floatDone;
     // Single-frequency ambiguities are not attempted on long baselines: the float solution is
     // final.
-    const bool singleFrequency = solveModel == 1 || solveModel == 2;
+    const bool singleFrequency =
+        solveModel == VORNEL_MODEL_FIRST || solveModel == VORNEL_MODEL_SECOND;
     if (singleFrequency && Distance(roverPosition, basePosition) >= config.maxFixBaseline) {
         return;
     }
@@ -95,19 +96,19 @@ void StaticSolve::RunSingleModel() {
 }
 
 void StaticSolve::RunWideLaneThenIonoFree() {
-    const ModelStatus& wideLane = StatusOfModel(5);
-    if (FloatSolveMulEq(5) != 1) {
+    const ModelStatus& wideLane = StatusOfModel(VORNEL_MODEL_WIDE_LANE);
+    if (FloatSolveMulEq(VORNEL_MODEL_WIDE_LANE) != 1) {
         status = wideLane.floatFailed;
         return;
     }
     status = wideLane.floatDone;
     SolveResultFixed wideLaneFix;
-    if (FixAmbiguity(reservedProcessFlag, 5, wideLaneFix) == 0) {
+    if (FixAmbiguity(reservedProcessFlag, VORNEL_MODEL_WIDE_LANE, wideLaneFix) == 0) {
         status = wideLane.fixFailed;
         return;
     }
     status = wideLaneFix.ratio > config.ratioThreshold ? wideLane.ratioPassed : wideLane.ratioLow;
-    if (FixedSolveMulEq(5, wideLaneFix) == 0) {
+    if (FixedSolveMulEq(VORNEL_MODEL_WIDE_LANE, wideLaneFix) == 0) {
         status = wideLane.fixedFailed;
         return;
     }
@@ -116,19 +117,20 @@ void StaticSolve::RunWideLaneThenIonoFree() {
         return;
     }
 
-    const ModelStatus& ionoFree = StatusOfModel(6);
-    if (FloatSolveMulEq(6) != 1) {
+    const ModelStatus& ionoFree = StatusOfModel(VORNEL_MODEL_IONO_FREE);
+    if (FloatSolveMulEq(VORNEL_MODEL_IONO_FREE) != 1) {
         status = ionoFree.floatFailed;
         return;
     }
     status = ionoFree.floatDone;
     SolveResultFixed ionoFreeFix;
-    if (FixAmbiguity(reservedProcessFlag, 6, ionoFreeFix) == 0) {
+    if (FixAmbiguity(reservedProcessFlag, VORNEL_MODEL_IONO_FREE, ionoFreeFix) == 0) {
         status = ionoFree.fixFailed;
         return;
     }
     status = ionoFreeFix.ratio > config.ratioThreshold ? ionoFree.ratioPassed : ionoFree.ratioLow;
-    status = FixedSolveMulEq(6, ionoFreeFix) == 0 ? ionoFree.fixedFailed : ionoFree.fixedDone;
+    status = FixedSolveMulEq(VORNEL_MODEL_IONO_FREE, ionoFreeFix) == 0 ? ionoFree.fixedFailed
+                                                                       : ionoFree.fixedDone;
 }
 
 void StaticSolve::SelectSolveMode() {
@@ -142,11 +144,12 @@ void StaticSolve::SelectSolveMode() {
         limit = std::min(limit, 6000.0);
     }
     const bool singleFrequency = roverDualFreq == 0 || baseDualFreq == 0;
-    if (config.slvmode != 1 && singleFrequency) {
+    if (config.slvmode != VORNEL_MODEL_FIRST && singleFrequency) {
         config.slvmode = 0;
     }
-    if (config.slvmode == 0) {
-        solveModel = distance < limit || singleFrequency ? 1 : 6;
+    if (config.slvmode == VORNEL_MODEL_AUTOMATIC) {
+        solveModel =
+            distance < limit || singleFrequency ? VORNEL_MODEL_FIRST : VORNEL_MODEL_IONO_FREE;
     } else {
         solveModel = config.slvmode;
     }

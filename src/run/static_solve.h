@@ -70,7 +70,7 @@ class StaticSolve {
     const SatTrackList* trackList2;
     std::vector<double> periodValues;  // one zero a period; nothing writes them
     unsigned char periodFlag = 0;
-    int status = run_status::kConstructed;
+    int status = VORNEL_STATUS_CONSTRUCTED;
     PeriodEquations equationBlock;  // of the last float solution
     ModelCache modelCache;          // of the epochs above
 

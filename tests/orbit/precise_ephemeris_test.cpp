@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "VornelBlCore.h"
 #include "orbit/orbit_stores.h"
 
 namespace vornel {
@@ -108,7 +109,7 @@ TEST(PreciseInterpolation, OnlyTheExactMarkerIsMissing) {
         list.values[10].second = value;
         EXPECT_TRUE(Served(list, 9.5 * kStep)) << value;
     }
-    EXPECT_EQ(kMissingPreciseValue, 0.999999999999);
+    EXPECT_EQ(VORNEL_MISSING_PRECISE_VALUE, 0.999999999999);
 }
 
 // --- the values
@@ -380,7 +381,8 @@ TEST_F(PrecisePosition, EveryComponentMustBeThere) {
         EXPECT_FALSE(Ask(5.5 * kStep, kSat));
         testing_support::ClearOrbitStores();
         Tabulate(kSat, 12);
-        AddValue(PreciseStore(component), kSat, Epoch(kWeek, 11.0 * kStep), kMissingPreciseValue);
+        AddValue(PreciseStore(component), kSat, Epoch(kWeek, 11.0 * kStep),
+                 VORNEL_MISSING_PRECISE_VALUE);
         EXPECT_FALSE(Ask(5.5 * kStep, kSat));
         EXPECT_TRUE(Ask(4.5 * kStep, kSat));  // the twelfth entry is not among the eleven
     }

@@ -31,8 +31,8 @@ std::unique_ptr<StaticSolve> SolverOf(const Session& session) {
 std::unique_ptr<StaticSolve> PreparedSolverOf(const Session& session) {
     std::unique_ptr<StaticSolve> solver = SolverOf(session);
     solver->SelectSolveMode();
-    if (solver->CutPeriods() != run_status::kPrepared ||
-        solver->SelectRefSats() != run_status::kReferencesSelected) {
+    if (solver->CutPeriods() != VORNEL_STATUS_PERIODS_CUT ||
+        solver->SelectRefSats() != VORNEL_STATUS_REFERENCES_CHOSEN) {
         throw std::runtime_error("the session has no period or no reference");
     }
     solver->roverPosition = session.rover;
