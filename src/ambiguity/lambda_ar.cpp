@@ -1,3 +1,39 @@
+// Partial ambiguity resolution.
+//
+// Background. The float problem gives parameters x and real ambiguities a with their cofactors. The
+// integers that fit best minimise (a - z)' Qaa^-1 (a - z); LAMBDA finds the m best of them (Teunissen
+// 1995; Chang, Yang and Zhou 2005; here ambiguity/lambda.h). Whether the best is to be believed is
+// asked by the ratio of the second squared norm to the first, s2 / s1, against a fixed threshold
+// (Euler and Schaffrin 1991; for its limits Teunissen and Verhagen 2009). One bad ambiguity spoils
+// the ratio of all, so subsets are tried where the whole set does not pass (partial fixing:
+// Teunissen, Joosten and Tiberius 1999). In order:
+//
+//   1. The whole set, with 5 candidates, 10 for more than 12 ambiguities. It stands at once when its
+//      ratio is above the threshold and above 2.
+//   2. By agreement. For each ambiguity: in how many pairs of successive candidates it stays the
+//      same. An ambiguity that changes from candidate to candidate is the uncertain one. Level by
+//      level those with the lowest counts are dropped, with four at least kept. The first subset
+//      whose ratio beats both the threshold and the whole set is taken.
+//   3. By elimination, when nothing has passed: from the ambiguities that agree most, those with the
+//      fewest rows are dropped one by one, under the same test, down to four. A subset that does not
+//      pass but has a ratio above 1.8 replaces what there was.
+//
+// The integers are always those of the search on the whole set. A subset is searched for its ratio
+// only. A dropped ambiguity whose float value lies within 0.15 cycle of the best candidate's comes
+// back in. With the kept ones the other parameters are conditioned,
+//
+//     x* = x - Qxa Qaa^-1 (a - z),    Q* = Qxx - Qxa Qaa^-1 Qax,
+//
+// and these serve the periods that could not be fixed (ambiguity/period_fixing.h).
+//
+// An ambiguity more than 0.3 cycle from an integer is searched on half cycles, for the whole set and
+// anew for each subset. Its result may then be half an integer, and its nearest neighbours lie
+// closer, so that the ratio of such a set comes out lower than on whole cycles.
+//
+// How it fails. -1 when Qaa is not positive definite or the search takes more than 10000 steps; the
+// period then gives no integers. A ratio below the threshold is no failure: the result is there with
+// grade 0, its integers are used, and the status says "ratio low". What the stochastic model does not
+// know, such as the ionosphere over a long baseline, can give a wrong set a high ratio.
 #include "ambiguity/lambda_ar.h"
 
 #include <algorithm>

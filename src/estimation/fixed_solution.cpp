@@ -2,6 +2,37 @@
 // Only the common parameters remain; each epoch's double differences get their full covariance, and
 // their residuals a second, median-based robust weight.
 //
+// Background. The rows are those of the float solution with the ambiguity moved to the left,
+//
+//     l = v - lambda N = (e_s - e_r) dx + (f_s - f_r) B + noise,
+//
+// so that dx and B alone are unknown. Only tracks in the list of integers take part. A value may be
+// half an integer, since the search works on half cycles where a float value lies far from an
+// integer; it is held as it is and rounded only in the record. The troposphere is that of MOPS (RTCA
+// DO-229), whatever the configuration says.
+//
+// Rows of one system at one epoch share the reference: their covariance is
+//
+//     C_ij = q_r + delta_ij q_s,    P = sigma^2 C^-1,    P_ij sqrt(w_i w_j)
+//
+// with sigma the a-priori deviation of a double difference. q is the variance of a satellite's part
+// (PhaseVariance): (a^2 + b^2) (2 (1 mm)^2 + (2 mm)^2 / sin^2 E + (0.05 ppm L)^2), the first two
+// deviations times 1.5 for GLONASS, E the elevation at the rover and L the length of the baseline.
+// The last factor reweighs correlated rows (bifactor weights: Yang, Song and Xu 2002). w_i is the
+// product of two: IGG III on the residual over the rms of the last pass, times 0.25 for GLONASS; and
+// a weight against the median of the epoch, with scale 1.483 median |u|, u = l / sqrt(q_r + q_s)
+// (Hampel 1974), 1 below 2 or below 1.5 scales, 0 from 3 scales on; an epoch of fewer than four rows
+// has none. Rows that the first weight rejects stay in C with weight 0, so that the matrix keeps its
+// shape.
+//
+// The passes end when the rover moves by less than 1 mm, at the earliest after the second, at the
+// latest after the tenth. The degrees of freedom are rows - 3, also where B is a parameter.
+//
+// How it fails. 0 when the list is empty, when it is of another model, or in model 6 without wide
+// lanes: nothing is filed. Singular equations throw and end the run. Wrong integers do not show
+// here as a failure: the residuals of their tracks grow and lose weight, and the vector may be off
+// by a good part of a wavelength. The ratio of the fixing is what tells.
+//
 // Of the run, FixedSolveMulEq
 //   reads   epochs (epoch, activeSats, phase, glonassChannel), periods, ambiguityParas, config
 //           (phaseStd, outlierFactor, galFreq1, galFreq2), roverPosition, basePosition, antennas,

@@ -2,6 +2,38 @@
 // squares on double differences of one phase combination (two in model 3), in passes that weigh
 // down outliers.
 //
+// Background. For a satellite s against the reference r of its system, rover minus base, in metres,
+//
+//     v = lambda_s (a phi1 + b phi2)_s - lambda_r (a phi1 + b phi2)_r - model
+//       = (e_s - e_r) dx + lambda_s N + (f_s - f_r) B + noise
+//
+// with the combination a, b of the solve model and its wavelength lambda (difference/combination.h),
+// the unit vectors e from satellite to rover, the ambiguity N in cycles, and for GLONASS the
+// inter-frequency bias B in metres per megahertz. (Bossler, Goad and Bender 1980; for B: Wanninger
+// 2012.) The model holds range, satellite clocks, troposphere, ionosphere and antennas of both
+// stations; receiver clocks and delays drop out. GLONASS leaves (lambda_s - lambda_r) N_r, which
+// AlignGlonassReference made small and difference/double_difference.h takes off. In model 6 the
+// held wide lane Nw makes N an integer again: a N1 + b N2 = k N + w Nw, and the design of N is
+// lambda k.
+//
+// Unknowns are dx, B and one N a track: a stretch of epochs of one satellite without a slip, inside
+// one period. Rows have weights without correlations, p = w(v / s), times 0.6 for GLONASS. w is the
+// three-segment weight IGG III (Yang 1999): 1 up to 3, falling to 0 at outlierFactor. s starts at
+// five times the rms of the triple difference and then is the rms of the last pass, kept between 3
+// and 600 mm. N starts at the rounded v / lambda of the track's first row. The normal equations are
+// kept period by period and solved by elimination (run/period_equations.h). B is held near zero by
+// one pseudo-observation, and is no parameter any more once no row carries it.
+//
+// A track leaves the list for good, in the pass where it is seen, when it has fewer rows than
+// minEpochs (at least 6), or when the rms of its rows is above 0.5 m. Such a pass is not solved. The
+// passes end when the rover moves by less than 3 mm, at the latest after ten, and then the state of
+// the last solve counts. In the tenth pass rejected rows stay in, with weight 0, and count as rows.
+//
+// How it fails. No track is left: the result is 0 and nothing is filed. Equations that do not
+// determine the parameters are singular, and the exception ends the run. Where the start is off by
+// metres, good rows look like blunders, and their tracks may leave for good before the rover has
+// moved to its place.
+//
 // One pass: reset -> index tables -> every epoch's rows into its period's normal equations ->
 // screening of the tracks -> constraints -> solve -> update of the parameters -> quality, which
 // scales the next pass.

@@ -6,6 +6,40 @@
 // Each satellite's tolerance follows the scatter of its own changes, so the data are swept until
 // the tolerances settle.
 //
+// Background. The double difference in cycles, observed minus computed at the rover position of the
+// triple-difference solution, is an ambiguity plus what the model leaves. From one epoch to the next
+// the ambiguity drops out (Remondi 1984), and
+//
+//     d = DD(e) - DD(last accepted epoch) = slip + drift of what the model leaves + noise.
+//
+// The test holds |d| on each frequency in use against the tolerance min(outlierFactor * scatter,
+// slipTestCap), by satellite; the scatter is the root mean square of its accepted changes in the
+// sweep before, 1 cycle at first. It assumes that the drift between two epochs is well below half a
+// cycle: the baseline short enough or the sampling dense enough for the ionosphere.
+//
+//   |d| within tolerance              accepted
+//   first frequency                   repaired by the nearest whole number n, unless n is 0 or d
+//                                     lies 0.3 cycle or more from it
+//   second frequency                  repaired by the nearest whole number, unless |d| is 0.7 or
+//                                     less; its distance from that number is not asked
+//   none of these                     the satellite loses the epoch, and the next one is compared
+//                                     with the last accepted one again
+//
+// Before a repair is tried: a satellite that fails when fewer than minEpochs epochs have passed
+// since its last failure loses these, and one that has failed for minEpochs epochs loses those. A
+// new segment begins there: a new ambiguity.
+//
+// A repair is taken off all later phases of the satellite. A slip of the reference satellite shows
+// in all satellites of its system at once, each repaired by the same number, which repairs the
+// difference. Segments shorter than minEpochs are not filed: their rows have no ambiguity later and
+// drop out. A tolerance has settled when a sweep moves it by less than 0.001 cycle. A satellite whose
+// tolerance has not settled after ten sweeps is left without segments, and so out of all solutions.
+//
+// How it fails. Half-cycle slips are no whole number: they end in a new segment. A change at the
+// noise's own size stays in as it is, and on the second frequency a drift above 0.7 cycle is taken
+// for a slip. Without the reference at an epoch the system is not tested there, and its satellites
+// count the epoch as good.
+//
 // Of the run, RepairDoubleDifferenceSlips
 //   reads   epochs (activeSats, phase), periods, solveModel, config (minEpochs, outlierFactor,
 //           slipTestCap, galFreq1, galFreq2), roverPosition, basePosition, antennas, ambiguityParas

@@ -1,8 +1,30 @@
 // Normal equations of all periods side by side.
 //
-// Periods share the common parameters (rover coordinates, GLONASS bias) and have ambiguities of
-// their own. The equations are solved by eliminating each period's ambiguities onto the common
-// parameters, and each period can be handed out as a float problem of its own.
+// Background. The periods share the common parameters c (rover coordinates, GLONASS bias) and have
+// ambiguities b of their own, because each period has its own reference satellites. With the rows of
+// period p summed into
+//
+//     | Ncc Ncb | | dc |   | Wc |
+//     | Nbc Nbb | | db | = | Wb |        (cycles for b, metres for the coordinates)
+//
+// no element couples the ambiguities of two periods, and the ambiguities are eliminated period by
+// period (Helmert 1880; Wolf 1978, "The Helmert block method"):
+//
+//     S  = sum_p (Ncc - Ncb Nbb^-1 Nbc)        w  = sum_p (Wc - Ncb Nbb^-1 Wb)
+//     dc = S^-1 w                              Qcc = S^-1
+//     db = Nbb^-1 Wb + M dc                    M   = -Nbb^-1 Nbc
+//     Qbb = Nbb^-1 + M Qcc M'                  Qbc = M Qcc
+//
+// The largest matrix to invert is that of the widest period. Solve gives all corrections, and the
+// blocks Qcc, Qbb as cofactors; what couples two blocks is not formed. ExtractPeriod gives one
+// period whole, Qbc included: the float problem that the integer search of that period needs. The
+// ambiguities of two periods are correlated through c, and this correlation is not used: each
+// period is fixed by itself.
+//
+// How it fails. Nbb is singular when a period has an ambiguity without a row, S when the satellites
+// of all periods together do not determine the coordinates; matrixT throws, and the run ends. In
+// model 3 with more than one period the float solution gives two ambiguities the same global index
+// (see GlobalIndexOf there): x0 has one value for both, and the period that comes later sets it.
 //
 // Three ways to count parameters stand here:
 //   local    in a period: common first, then its ambiguities
