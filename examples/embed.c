@@ -16,7 +16,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-enum { kSatellites = 24, kSlots = 64, kEpochs = 60 };
+enum { kSatellites = 24, kSlots = VORNEL_EPOCH_SLOTS, kEpochs = 60 };
 
 static const double kPi = 3.14159265358979323846;
 static const double kLightSpeed = 299792458.0;        /* m/s */
@@ -110,7 +110,7 @@ static double Noise(void) {
 
 /* What InputEpochObsData takes of one receiver. */
 struct ReceiverEpoch {
-    int satellites[kSlots];                /* numbers across the systems; 0 for an empty slot */
+    int satellites[kSlots];                /* numbers for all systems; 0 for an empty slot */
     double code1[kSlots], code2[kSlots];   /* metres */
     double phase1[kSlots], phase2[kSlots]; /* cycles */
 };
@@ -145,10 +145,17 @@ static void Observe(const double receiver[3], double seconds, int firstCount,
  * crossed none. */
 static void Configure(void) {
     int systems[4] = {1, 0, 0, 0}; /* GPS, GLONASS, BDS, Galileo */
-    const int automatic = 0, broadcast = 0, noTroposphere = 2;
-    Require(InputSolveConfig(automatic, 15.0 / 180.0 * kPi, kInterval, 10, 10000.0, 30000.0,
-                             broadcast, systems, 3.5, 0.25, 1.8, 25.0, 10.0, 10.0, 0.01, 7200.0,
-                             noTroposphere, 1013.25, 15.0, 50.0, 1, 0, 0.0, 0, 0.0, 1, 2),
+    const int noTroposphere = 2;
+    Require(InputSolveConfig(VORNEL_DEFAULT_SLVMODE, VORNEL_DEFAULT_ELEVATION_MASK, kInterval,
+                             VORNEL_DEFAULT_MIN_EPOCHS, VORNEL_DEFAULT_SHORT_BASELINE_LIMIT,
+                             VORNEL_DEFAULT_MAX_FIX_BASELINE, VORNEL_DEFAULT_EPHEMERIS_SOURCE,
+                             systems, VORNEL_DEFAULT_OUTLIER_FACTOR, VORNEL_DEFAULT_SLIP_TEST_CAP,
+                             VORNEL_DEFAULT_RATIO_THRESHOLD, VORNEL_DEFAULT_RESERVED_LIMIT_A,
+                             VORNEL_DEFAULT_RESERVED_LIMIT_B, VORNEL_DEFAULT_CODE_STD,
+                             VORNEL_DEFAULT_PHASE_STD, VORNEL_DEFAULT_PERIOD_LENGTH, noTroposphere,
+                             VORNEL_DEFAULT_PRESSURE, VORNEL_DEFAULT_TEMPERATURE,
+                             VORNEL_DEFAULT_HUMIDITY, VORNEL_DEFAULT_RESERVED_MODE, 0, 0.0, 0, 0.0,
+                             VORNEL_DEFAULT_GAL_FREQ1, VORNEL_DEFAULT_GAL_FREQ2),
             "InputSolveConfig");
 }
 
@@ -267,7 +274,8 @@ int main(void) {
     }
     ratio = GetRatio(last);
     printf("fixed, ratio %.1f%s, %d degrees of freedom, rms %.4f m\n", ratio,
-           ratio > 1.8 ? "" : " (the integers are not certain)", solution.dof, solution.rms);
+           ratio > VORNEL_DEFAULT_RATIO_THRESHOLD ? "" : " (the integers are not certain)",
+           solution.dof, solution.rms);
     for (i = 0; i < 3; ++i) {
         printf("  %c %12.4f +- %.4f m, made with %12.4f\n", "XYZ"[i], solution.vector[i],
                sqrt(solution.covariance[i][i]), truth[i]);
@@ -275,5 +283,6 @@ int main(void) {
     }
     PrintResiduals(last);
     DiposeProcess();
-    return ratio > 1.8 && sqrt(error) < 0.005 ? EXIT_SUCCESS : EXIT_FAILURE;
+    return ratio > VORNEL_DEFAULT_RATIO_THRESHOLD && sqrt(error) < 0.005 ? EXIT_SUCCESS
+                                                                         : EXIT_FAILURE;
 }

@@ -6,7 +6,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-enum { kSlots = 64, kNameLength = 63 };
+enum { kSlots = VORNEL_EPOCH_SLOTS, kNameLength = 63 };
 
 static void Stop(const char* what, const char* name) {
     fprintf(stderr, "tape: %s %s\n", what, name);

@@ -77,8 +77,8 @@ void ApplyOptions(const SettingWords& given, session::ConfiguredSettings& settin
 
 // Values that are right each by itself and wrong together.
 void RequireSense(const session::Settings& settings) {
-    constexpr int kE1 = 1;
-    if (settings.galFreq2 && *settings.galFreq2 == settings.galFreq1.value_or(kE1)) {
+    if (settings.galFreq2 &&
+        *settings.galFreq2 == settings.galFreq1.value_or(VORNEL_DEFAULT_GAL_FREQ1)) {
         throw UsageError("--gal-freq1 and --gal-freq2 name the same signal");
     }
     if (settings.start && settings.end && *settings.end < *settings.start) {

@@ -240,8 +240,7 @@ Solution Engine::FloatSolution(int index) const {
     solution.ambiguities = Ambiguities(Count(count), [&](auto... arrays) {
         return api_.getFloatSolAmbListData(index, count, arrays...);
     });
-    constexpr int kBothFrequencies = 3;
-    if (solution.mode != kBothFrequencies) {
+    if (solution.mode != VORNEL_MODEL_BOTH) {
         std::vector<double> variances(solution.ambiguities.size());
         api_.getFloatAmbCov(index, static_cast<int>(variances.size()), variances.data());
         for (std::size_t i = 0; i < variances.size(); ++i) {

@@ -79,33 +79,35 @@ class Failure : public std::runtime_error {
 // The 27 arguments of InputSolveConfig, in the engine's units (mask in radians); the defaults are
 // the engine's own.
 struct Config {
-    int slvmode = 0;
-    double elevationMask = 0.2617993877991494;
-    double samplingInterval = 30.0;
-    int minEpochs = 10;
-    double shortBaselineLimit = 10000.0;
-    double maxFixBaseline = 30000.0;
-    int ephemerisSource = 0;
-    std::array<int, kSystemCount> systems = {1, 1, 1, 1};  // GPS, GLONASS, BDS, Galileo
-    double outlierFactor = 3.5;
-    double slipTestCap = 0.25;
-    double ratioThreshold = 1.8;
-    double reservedLimitA = 25.0;
-    double reservedLimitB = 10.0;
-    double codeStd = 10.0;
-    double phaseStd = 0.01;
-    double periodLength = 7200.0;
-    int tropoModel = 1;
-    double pressure = 1013.25;
-    double temperature = 15.0;
-    double humidity = 50.0;
-    int reservedMode = 1;
+    int slvmode = VORNEL_DEFAULT_SLVMODE;
+    double elevationMask = VORNEL_DEFAULT_ELEVATION_MASK;
+    double samplingInterval = VORNEL_DEFAULT_SAMPLING_INTERVAL;
+    int minEpochs = VORNEL_DEFAULT_MIN_EPOCHS;
+    double shortBaselineLimit = VORNEL_DEFAULT_SHORT_BASELINE_LIMIT;
+    double maxFixBaseline = VORNEL_DEFAULT_MAX_FIX_BASELINE;
+    int ephemerisSource = VORNEL_DEFAULT_EPHEMERIS_SOURCE;
+    // GPS, GLONASS, BDS, Galileo.
+    std::array<int, kSystemCount> systems = {VORNEL_DEFAULT_SYSTEM, VORNEL_DEFAULT_SYSTEM,
+                                             VORNEL_DEFAULT_SYSTEM, VORNEL_DEFAULT_SYSTEM};
+    double outlierFactor = VORNEL_DEFAULT_OUTLIER_FACTOR;
+    double slipTestCap = VORNEL_DEFAULT_SLIP_TEST_CAP;
+    double ratioThreshold = VORNEL_DEFAULT_RATIO_THRESHOLD;
+    double reservedLimitA = VORNEL_DEFAULT_RESERVED_LIMIT_A;
+    double reservedLimitB = VORNEL_DEFAULT_RESERVED_LIMIT_B;
+    double codeStd = VORNEL_DEFAULT_CODE_STD;
+    double phaseStd = VORNEL_DEFAULT_PHASE_STD;
+    double periodLength = VORNEL_DEFAULT_PERIOD_LENGTH;
+    int tropoModel = VORNEL_DEFAULT_TROPO_MODEL;
+    double pressure = VORNEL_DEFAULT_PRESSURE;
+    double temperature = VORNEL_DEFAULT_TEMPERATURE;
+    double humidity = VORNEL_DEFAULT_HUMIDITY;
+    int reservedMode = VORNEL_DEFAULT_RESERVED_MODE;
     int sessionStartWeek = 0;
     double sessionStartSeconds = 0.0;
     int sessionEndWeek = 0;
     double sessionEndSeconds = 0.0;
-    int galFreq1 = 1;
-    int galFreq2 = 2;
+    int galFreq1 = VORNEL_DEFAULT_GAL_FREQ1;
+    int galFreq2 = VORNEL_DEFAULT_GAL_FREQ2;
 };
 
 // One station: marker (ECEF metres), phase centre offsets from the antenna reference point on the
@@ -154,7 +156,7 @@ struct Glonass {
     int leapSeconds = 0;
 };
 
-inline constexpr std::size_t kSlots = 64;
+inline constexpr std::size_t kSlots = VORNEL_EPOCH_SLOTS;
 
 // The observations of one receiver at one epoch; 0 in `satellites` is an empty slot.
 struct ReceiverEpoch {

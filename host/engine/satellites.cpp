@@ -11,14 +11,14 @@ struct SystemEntry {
     char letter;
     io::GnssSystem format;
     int highest;  // number in the system
-    int offset;   // of the number across the systems
+    int offset;   // of the number for all systems
 };
 
 constexpr std::array<SystemEntry, kSystemCount> kEntries = {{
-    {"GPS", 'G', io::GnssSystem::kGps, 35, 0},
-    {"GLONASS", 'R', io::GnssSystem::kGlonass, 32, 35},
-    {"BeiDou", 'C', io::GnssSystem::kBeiDou, 36, 67},
-    {"Galileo", 'E', io::GnssSystem::kGalileo, 32, 103},
+    {"GPS", 'G', io::GnssSystem::kGps, VORNEL_GPS_COUNT, VORNEL_GPS_OFFSET},
+    {"GLONASS", 'R', io::GnssSystem::kGlonass, VORNEL_GLONASS_COUNT, VORNEL_GLONASS_OFFSET},
+    {"BeiDou", 'C', io::GnssSystem::kBeiDou, VORNEL_BDS_COUNT, VORNEL_BDS_OFFSET},
+    {"Galileo", 'E', io::GnssSystem::kGalileo, VORNEL_GALILEO_COUNT, VORNEL_GALILEO_OFFSET},
 }};
 
 const SystemEntry& EntryOf(System system) {

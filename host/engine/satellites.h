@@ -1,6 +1,8 @@
 // The engine's numbering of satellites, against the letters and numbers of the exchange formats.
 #pragma once
 
+#include <VornelBlCore.h>
+
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -11,7 +13,12 @@
 namespace vornel::engine {
 
 // The four systems of the engine, with its codes.
-enum class System : int { kGps = 1, kGlonass = 2, kBds = 4, kGalileo = 8 };
+enum class System : int {
+    kGps = VORNEL_GPS,
+    kGlonass = VORNEL_GLONASS,
+    kBds = VORNEL_BDS,
+    kGalileo = VORNEL_GALILEO
+};
 
 inline constexpr std::size_t kSystemCount = 4;
 inline constexpr std::array<System, kSystemCount> kSystems = {System::kGps, System::kGlonass,
@@ -25,7 +32,7 @@ struct Satellite {
     friend auto operator<=>(const Satellite&, const Satellite&) = default;
 };
 
-// 0 to 3 in the order of kEngineSystems.
+// 0 to 3 in the order of kSystems.
 std::size_t IndexOf(System system);
 
 // "GPS", "GLONASS", "BeiDou", "Galileo".
@@ -37,12 +44,11 @@ char LetterOf(System system);
 std::optional<System> SystemOf(io::GnssSystem system);
 io::GnssSystem FormatSystemOf(System system);
 
-// Nothing for a satellite that the engine's numbering has no place for (GPS above 35, GLONASS above
-// 32, BeiDou above 36, Galileo above 32, other systems).
+// Nothing for a satellite that the engine's numbering has no place for: one above the count of its
+// system, or of another system.
 std::optional<Satellite> ToEngine(io::SatelliteId satellite);
 
-// The number across the systems, from 1.
-inline constexpr int kHighestSatelliteNumber = 135;
+// The number for all systems, 1 to VORNEL_SATELLITES.
 int NumberAcrossSystems(Satellite satellite);
 
 // "G05".

@@ -24,8 +24,8 @@ enum class StatusKind {
 };
 
 struct StatusEntry {
-    int status;
-    int solveModel;  // 1 to 6; 0 for the stages before the first float solution
+    int status;      // VornelStatus
+    int solveModel;  // VornelModel; 0 for the stages before the first float solution
     StatusKind kind;
     const char* stage;  // short, for machine-readable output
     const char* text;   // a clause for people

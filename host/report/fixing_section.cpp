@@ -32,10 +32,10 @@ std::string Gauge(double part, double mark, std::string_view label) {
     return text + "</svg>";
 }
 
-// Ratios go from 1 to 99; in logarithms, so that the threshold does not stick to the edge.
+// Ratios go from 1 to the greatest; in logarithms, so that the threshold does not stick to the edge.
 double OnRatioScale(double ratio) {
-    constexpr double kMost = 99.0;
-    return std::log(std::clamp(ratio, 1.0, kMost)) / std::log(kMost);
+    return std::log(std::clamp(ratio, 1.0, VORNEL_GREATEST_RATIO)) /
+           std::log(VORNEL_GREATEST_RATIO);
 }
 
 std::string FixedGauges(const SolveResult& result) {

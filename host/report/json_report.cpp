@@ -110,11 +110,10 @@ Json SolutionJson(const engine::Solution& s, SolutionKind kind, const session::S
     if (kind == SolutionKind::kFixed) {
         json["ratio"] = Number(s.ratio);
     }
-    constexpr int kBothFrequencies = 3;
     json["ambiguities"] = Json::array();
     for (const engine::Ambiguity& a : s.ambiguities) {
         json["ambiguities"].push_back(
-            AmbiguityJson(a, kind == SolutionKind::kFloat, s.mode == kBothFrequencies));
+            AmbiguityJson(a, kind == SolutionKind::kFloat, s.mode == VORNEL_MODEL_BOTH));
     }
     json["residuals"] = Json::array();
     for (const engine::ResidualSeries& series : s.residuals) {

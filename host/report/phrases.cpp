@@ -150,8 +150,8 @@ std::vector<std::string> LeftOut(const SolveResult& result) {
         line(engine::ToString(satellite) + ": " + reason);
     }
     if (!result.fed.noSlot.empty()) {
-        line("more than 64 satellites at an epoch, left out there: " +
-             Joined(result.fed.noSlot, engineName));
+        line("more than " + std::to_string(VORNEL_EPOCH_SLOTS) +
+             " satellites at an epoch, left out there: " + Joined(result.fed.noSlot, engineName));
     }
     if (!s.settings.values.exclusions.empty()) {
         line("excluded: " + Joined(s.settings.values.exclusions,
@@ -180,8 +180,9 @@ std::string ModelText(const SolveResult& result) {
     const int asked = result.session.config.slvmode;
     std::string reason = "as asked for";
     if (asked == 0) {
-        reason = r.solveModel == 1 ? "automatic: a short baseline, or one frequency"
-                                   : "automatic: a long baseline, two frequencies";
+        reason = r.solveModel == VORNEL_MODEL_FIRST
+                     ? "automatic: a short baseline, or one frequency"
+                     : "automatic: a long baseline, two frequencies";
     } else if (asked != r.solveModel) {
         reason = Format("model %d was asked for: a receiver has one frequency", asked);
     }

@@ -141,7 +141,7 @@ std::string TrackTable(const SolveResult& result, const Timeline& timeline) {
     // So that the page keeps its bound whatever the data; the JSON output has no such limit.
     constexpr std::size_t kMost = 1500;
     const bool fixed = result.outcome.acceptance == Acceptance::kFixed;
-    const bool two = result.outcome.Best()->mode == 3;
+    const bool two = result.outcome.Best()->mode == VORNEL_MODEL_BOTH;
     std::vector<std::string> columns = {"Satellite", "Period#",      "From",
                                         "To",        "Begins after", "Float (cycles)#"};
     if (fixed) {

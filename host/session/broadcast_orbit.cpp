@@ -27,7 +27,7 @@ SystemConstants ConstantsOf(engine::System system) {
 const TimedKepler* NearestRecord(const Ephemerides& ephemerides, engine::Satellite satellite,
                                  const io::GpsTime& time) {
     const TimedKepler* nearest = nullptr;
-    double best = kEphemerisReach;
+    double best = VORNEL_EPHEMERIS_REACH;
     for (const TimedKepler& timed : ephemerides.kepler) {
         const bool same =
             timed.record.system == satellite.system && timed.record.satId == satellite.prn;
@@ -67,12 +67,11 @@ Vector3 AboutZ(const Vector3& v, double angle) {
 
 SatelliteState KeplerState(const TimedKepler& timed, engine::Satellite satellite,
                            const io::GpsTime& time) {
-    constexpr int kLastGeostationary = 5;
     const bool bds = satellite.system == engine::System::kBds;
-    const bool geostationary = bds && satellite.prn <= kLastGeostationary;
+    const bool geostationary = bds && satellite.prn <= VORNEL_BDS_GEOSTATIONARY;
     const engine::Kepler& r = timed.record;
     const SystemConstants c = ConstantsOf(satellite.system);
-    const double offset = bds ? kBdtOffset : 0.0;
+    const double offset = bds ? VORNEL_BDT_OFFSET : 0.0;
     const double tk = io::SecondsBetween(timed.reference, time);
     const double dt = io::SecondsBetween(io::Shifted({r.tocWeek, r.tocSeconds}, offset), time);
 
@@ -108,7 +107,7 @@ SatelliteState KeplerState(const TimedKepler& timed, engine::Satellite satellite
 const TimedGlonass* NearestGlonass(const Ephemerides& ephemerides, int slot,
                                    const io::GpsTime& time) {
     const TimedGlonass* nearest = nullptr;
-    double best = kEphemerisReach;
+    double best = VORNEL_EPHEMERIS_REACH;
     for (const TimedGlonass& timed : ephemerides.glonass) {
         const double distance = std::abs(io::SecondsBetween(timed.reference, time));
         if (timed.record.slot == slot && distance <= best) {

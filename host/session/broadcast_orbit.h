@@ -15,7 +15,7 @@ struct SatelliteState {
     double clock = 0.0;  // s, satellite clock minus system time, with the relativistic term
 };
 
-// From the healthy record of the satellite nearest in time, at most 14400 s away. Keplerian orbits
+// From the healthy record of the satellite nearest in time, within the engine's reach. Keplerian orbits
 // as in IS-GPS-200 (20.3.3.4), Galileo OS-SIS-ICD (5.1) and BDS-SIS-ICD (5.2.4.12, geostationary
 // satellites too); GLONASS states integrated by a Runge-Kutta method in steps of at most 60 s
 // (GLONASS ICD, A.3.1.2), good to some metres. Group delays are not applied, and frames not

@@ -9,11 +9,11 @@ namespace {
 
 // Bounds of VornelBlCore.h.
 constexpr double kMostEccentricity = 0.5;
-constexpr double kLeastSqrtA = 1000.0, kMostSqrtA = 10000.0;     // m^0.5
-constexpr double kMostAngle = 7.0;                               // rad
-constexpr double kMostRate = 1e-3;                               // rad/s
-constexpr double kLeastRadius = 15000.0, kMostRadius = 40000.0;  // km
-constexpr int kLeastChannel = -7, kMostChannel = 13;
+constexpr double kLeastSqrtA = 1000.0, kMostSqrtA = 10000.0;         // m^0.5
+constexpr double kMostAngle = 7.0;                                   // rad
+constexpr double kMostRate = 1e-3;                                   // rad/s
+constexpr double kLeastRadius = VORNEL_LEAST_ORBIT_RADIUS / 1000.0;  // km
+constexpr double kMostRadius = VORNEL_GREATEST_ORBIT_RADIUS / 1000.0;
 constexpr double kMostClock = 1.0;        // s
 constexpr double kMostClockDrift = 1e-3;  // s/s
 constexpr double kMostClockAging = 1e-6;  // s/s^2
@@ -55,7 +55,7 @@ int Rank(io::NavigationMessage message) {
 }
 
 io::GpsTime ReferenceOf(const engine::Kepler& record) {
-    const double offset = record.system == engine::System::kBds ? kBdtOffset : 0.0;
+    const double offset = record.system == engine::System::kBds ? VORNEL_BDT_OFFSET : 0.0;
     return io::Shifted({record.toeWeek, record.toe}, offset);
 }
 
@@ -110,8 +110,8 @@ std::vector<engine::Kepler> Spread(const engine::Kepler& record, const io::Keple
 bool Reaches(const io::GpsTime& reference, const io::GpsTime& first, const io::GpsTime& last) {
     // A margin for the time of flight, and so that no record on the edge is lost.
     constexpr double kMargin = 60.0;
-    return io::SecondsBetween(reference, first) <= kEphemerisReach + kMargin &&
-           io::SecondsBetween(last, reference) <= kEphemerisReach + kMargin;
+    return io::SecondsBetween(reference, first) <= VORNEL_EPHEMERIS_REACH + kMargin &&
+           io::SecondsBetween(last, reference) <= VORNEL_EPHEMERIS_REACH + kMargin;
 }
 
 struct Candidate {
@@ -347,7 +347,7 @@ std::optional<std::string> OutOfBounds(const engine::Glonass& r) {
     if (!(radius >= kLeastRadius && radius <= kMostRadius)) {
         return "GLONASS position out of bounds";
     }
-    if (r.channel < kLeastChannel || r.channel > kMostChannel) {
+    if (r.channel < VORNEL_LOWEST_CHANNEL || r.channel > VORNEL_HIGHEST_CHANNEL) {
         return "GLONASS channel out of bounds";
     }
     return std::nullopt;
@@ -376,9 +376,10 @@ Ephemerides SelectEphemerides(const std::vector<io::Navigation>& files, const io
 bool HasOrbit(const Ephemerides& ephemerides, engine::Satellite satellite,
               const std::vector<io::GpsTime>& times) {
     const auto reachesAny = [&times](const io::GpsTime& reference) {
-        const auto first =
-            std::lower_bound(times.begin(), times.end(), io::Shifted(reference, -kEphemerisReach));
-        return first != times.end() && io::SecondsBetween(reference, *first) <= kEphemerisReach;
+        const auto first = std::lower_bound(times.begin(), times.end(),
+                                            io::Shifted(reference, -VORNEL_EPHEMERIS_REACH));
+        return first != times.end() &&
+               io::SecondsBetween(reference, *first) <= VORNEL_EPHEMERIS_REACH;
     };
     if (satellite.system == engine::System::kGlonass) {
         return std::any_of(

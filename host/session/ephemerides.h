@@ -8,7 +8,7 @@
 //   - of several records of a satellite for one reference time all but one, and every record that a
 //     better message of the satellite serves within two hours. Order of messages: GPS LNAV, CNAV, CNV2; BeiDou D1/D2, CNV1, CNV2, CNV3; Galileo
 //     I/NAV, F/NAV.
-//   - records that reach no epoch of the session (further than 14400 s from it)
+//   - records that reach no epoch of the session (further from it than the engine's reach)
 //
 // Messages of the CNAV family carry rates of the semi-major axis and of the mean motion that the
 // engine's record has no place for. Such a record is handed over as several, each moved to another
@@ -26,11 +26,6 @@
 #include "io/navigation.h"
 
 namespace vornel::session {
-
-inline constexpr double kEphemerisReach = 14400.0;  // s from the reference time, of the engine
-
-// BDT is this much behind GPS time.
-inline constexpr double kBdtOffset = 14.0;  // s
 
 // A record with its reference time on the GPS time scale.
 struct TimedKepler {

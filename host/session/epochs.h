@@ -40,7 +40,7 @@ EpochPairs PairEpochs(const io::Observations& rover, const io::Observations& bas
 // The time the engine gives a pair: the mean of the tags, rounded to the second.
 io::GpsTime EngineTime(const io::GpsTime& rover, const io::GpsTime& base);
 
-// One receiver's slots, of at most 64 satellites. Those in `common` come first. Names of satellites
+// One receiver's slots, of at most VORNEL_EPOCH_SLOTS satellites. Those in `common` come first. Names of satellites
 // that found no place are put into `leftOut`.
 engine::ReceiverEpoch FillSlots(const io::GpsTime& time, const std::vector<SignalValues>& values,
                                 const std::vector<engine::Satellite>& common,

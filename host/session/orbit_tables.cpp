@@ -13,8 +13,8 @@ constexpr double kMostClock = 1.0;                           // s
 
 using Values = std::array<double, kOrbitComponents>;
 
-constexpr Values kMissing = {kMissingOrbitValue, kMissingOrbitValue, kMissingOrbitValue,
-                             kMissingOrbitValue};
+constexpr Values kMissing = {VORNEL_MISSING_PRECISE_VALUE, VORNEL_MISSING_PRECISE_VALUE,
+                             VORNEL_MISSING_PRECISE_VALUE, VORNEL_MISSING_PRECISE_VALUE};
 
 Values ValuesOf(const io::OrbitPoint& point) {
     Values values = kMissing;
@@ -116,7 +116,8 @@ bool InsideTable(const OrbitTables& tables, const io::GpsTime& time) {
     constexpr double kFlight = 0.15;  // s, more than the longest
     const auto covered = [&](const io::GpsTime& t) {
         const auto after = std::upper_bound(tables.times.begin(), tables.times.end(), t);
-        return after - tables.times.begin() >= 5 && tables.times.end() - after >= 6;
+        return after - tables.times.begin() >= VORNEL_PRECISE_BEFORE &&
+               tables.times.end() - after >= VORNEL_PRECISE_AFTER;
     };
     return covered(time) && covered(io::Shifted(time, -kFlight));
 }

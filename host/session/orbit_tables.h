@@ -10,10 +10,8 @@
 
 namespace vornel::session {
 
-// What the engine reads as a missing value.
-inline constexpr double kMissingOrbitValue = 0.999999999999;
-
-inline constexpr std::size_t kOrbitComponents = 4;  // X, Y, Z in metres, clock in seconds
+// X, Y, Z in metres, clock in seconds: VornelPrecise.
+inline constexpr std::size_t kOrbitComponents = VORNEL_PRECISE_CLOCK + 1;
 
 struct OrbitTables {
     std::vector<io::GpsTime> times;  // strictly ascending, of all files together

@@ -205,7 +205,9 @@ SettingSpec BandSetting(const char* name, const char* field, std::optional<int> 
             false,
             "Signals and systems",
             help,
-            [member](Settings& s, Words w) { s.*member = ParseInteger(w[0], 1, 5); },
+            [member](Settings& s, Words w) {
+                s.*member = ParseInteger(w[0], VORNEL_GALILEO_E1, VORNEL_GALILEO_E6);
+            },
             [member](const Settings& s) {
                 return (s.*member) ? std::to_string(*(s.*member)) : std::string();
             }};
@@ -320,8 +322,8 @@ std::vector<SettingSpec> MakeSettings() {
     const char* tuning = "Fine tuning";
     const char* stations = "Stations";
     return {
-        IntegerSetting("solve-mode", "slvmode", "0-6", model, &S::solveMode, 0, 6,
-                       "0 auto 1 L1 2 L2 3 both 4 sum 5 wide 6 iono-free"),
+        IntegerSetting("solve-mode", "slvmode", "0-6", model, &S::solveMode, VORNEL_MODEL_AUTOMATIC,
+                       VORNEL_MODEL_IONO_FREE, "0 auto 1 L1 2 L2 3 both 4 sum 5 wide 6 iono-free"),
         RealSetting("elevation-mask", "elevationMask", "DEG", model, &S::elevationMask,
                     {0.0, 90.0, "degrees"}, "elevation mask in degrees (15)"),
         SystemsSetting(),
@@ -361,7 +363,7 @@ std::vector<SettingSpec> MakeSettings() {
         RealSetting("max-fix-baseline", "maxFixBaseline", "M", tuning, &S::maxFixBaseline,
                     {0.0, kAnyLength, "metres"}, "modes 1 and 2 fix no longer baseline (30000)"),
         RealSetting("ratio-threshold", "ratioThreshold", "X", tuning, &S::ratioThreshold,
-                    {0.0, 99.0, ""}, "acceptance ratio of ambiguity fixing (1.8)"),
+                    {0.0, VORNEL_GREATEST_RATIO, ""}, "acceptance ratio of ambiguity fixing (1.8)"),
         RealSetting("outlier-factor", "outlierFactor", "X", tuning, &S::outlierFactor,
                     {3.001, 1000.0, "standard deviations"},
                     "outliers lie beyond so many sigmas (3.5)"),

@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <numbers>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -26,26 +27,30 @@ struct Exclusion {
     std::string text;  // as the user wrote it
 };
 
+// The engine's, in degrees.
+inline constexpr double kDefaultElevationMask = 15.0;
+static_assert(kDefaultElevationMask * std::numbers::pi / 180.0 == VORNEL_DEFAULT_ELEVATION_MASK);
+
 struct Settings {
     // Handed to the engine.
-    int solveMode = 0;
-    double elevationMask = 15.0;             // degrees
-    std::optional<double> samplingInterval;  // s; empty: that of the data
-    int minEpochs = 10;
-    double shortBaselineLimit = 10000.0;  // m
-    double maxFixBaseline = 30000.0;      // m
+    int solveMode = VORNEL_DEFAULT_SLVMODE;
+    double elevationMask = kDefaultElevationMask;  // degrees
+    std::optional<double> samplingInterval;        // s; empty: that of the data
+    int minEpochs = VORNEL_DEFAULT_MIN_EPOCHS;
+    double shortBaselineLimit = VORNEL_DEFAULT_SHORT_BASELINE_LIMIT;  // m
+    double maxFixBaseline = VORNEL_DEFAULT_MAX_FIX_BASELINE;          // m
     EphemerisChoice ephemerisSource = EphemerisChoice::kAutomatic;
     std::array<bool, engine::kSystemCount> systems = {true, true, true, true};
-    double outlierFactor = 3.5;
-    double slipTestCap = 0.25;  // cycles
-    double ratioThreshold = 1.8;
-    double phaseStd = 0.01;        // cycles of GPS L1
-    double periodLength = 7200.0;  // s
-    int tropoModel = 1;
-    double pressure = 1013.25;    // hPa
-    double temperature = 15.0;    // degrees Celsius
-    double humidity = 50.0;       // percent
-    std::optional<int> galFreq1;  // empty: E1
+    double outlierFactor = VORNEL_DEFAULT_OUTLIER_FACTOR;
+    double slipTestCap = VORNEL_DEFAULT_SLIP_TEST_CAP;  // cycles
+    double ratioThreshold = VORNEL_DEFAULT_RATIO_THRESHOLD;
+    double phaseStd = VORNEL_DEFAULT_PHASE_STD;          // cycles of GPS L1
+    double periodLength = VORNEL_DEFAULT_PERIOD_LENGTH;  // s
+    int tropoModel = VORNEL_DEFAULT_TROPO_MODEL;
+    double pressure = VORNEL_DEFAULT_PRESSURE;        // hPa
+    double temperature = VORNEL_DEFAULT_TEMPERATURE;  // degrees Celsius
+    double humidity = VORNEL_DEFAULT_HUMIDITY;        // percent
+    std::optional<int> galFreq1;                      // empty: E1
     std::optional<int> galFreq2;  // empty: the first of E5a, E5b, E5, E6 that both receivers have
     std::vector<Exclusion> exclusions;
 

@@ -178,7 +178,9 @@ SignalPair ChooseOnBand(const io::Observations& rover, const io::Observations& b
 
 const char* GalileoSignalName(int number) {
     constexpr std::array<const char*, 6> kNames = {"?", "E1", "E5a", "E5b", "E5", "E6"};
-    return number >= 1 && number <= 5 ? kNames[static_cast<std::size_t>(number)] : kNames[0];
+    return number >= VORNEL_GALILEO_E1 && number <= VORNEL_GALILEO_E6
+               ? kNames[static_cast<std::size_t>(number)]
+               : kNames[0];
 }
 
 SignalChoice ChooseSignals(const io::Observations& rover, const io::Observations& base,
@@ -194,7 +196,8 @@ SignalChoice ChooseSignals(const io::Observations& rover, const io::Observations
 }
 
 int SecondGalileoSignal(const io::Observations& rover, const io::Observations& base, int first) {
-    constexpr std::array<int, 5> kOrder = {2, 3, 4, 5, 1};  // E5a, E5b, E5, E6, E1
+    constexpr std::array<int, 5> kOrder = {VORNEL_GALILEO_E5A, VORNEL_GALILEO_E5B,
+                                           VORNEL_GALILEO_E5, VORNEL_GALILEO_E6, VORNEL_GALILEO_E1};
     for (const int number : kOrder) {
         if (number != first &&
             ChooseOnBand(rover, base, engine::System::kGalileo, GalileoBand(number)).Usable()) {
@@ -231,7 +234,7 @@ std::vector<SignalValues> SignalReader::Read(const io::ObservationEpoch& epoch,
     const auto rows = observations_.SatellitesOf(epoch);
     std::vector<SignalValues> list;
     list.reserve(rows.size());
-    std::bitset<engine::kHighestSatelliteNumber + 1> seen;
+    std::bitset<VORNEL_SATELLITES + 1> seen;
     for (const io::SatelliteRow& row : rows) {
         const auto satellite = engine::ToEngine(row.satellite);
         if (!satellite) {

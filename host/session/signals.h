@@ -48,10 +48,10 @@ struct SignalPair {
 // [system index][0 first, 1 second frequency]
 using SignalChoice = std::array<std::array<SignalPair, kFrequencies>, engine::kSystemCount>;
 
-// Galileo signals by the engine's numbers.
+// Galileo signals by the engine's numbers, VornelGalileoSignal.
 struct GalileoSignals {
-    int first = 1;  // 1 E1, 2 E5a, 3 E5b, 4 E5, 5 E6
-    int second = 2;
+    int first = VORNEL_DEFAULT_GAL_FREQ1;
+    int second = VORNEL_DEFAULT_GAL_FREQ2;
 };
 
 // "E1", "E5a", "E5b", "E5", "E6".

@@ -35,7 +35,7 @@ struct FeedSummary {
     std::array<SystemFeed, engine::kSystemCount> systems{};
     // Indices of the epochs at which both receivers observed a satellite.
     std::map<engine::Satellite, std::vector<std::uint32_t>> common;
-    std::set<engine::Satellite> noSlot;  // left out somewhere because an epoch takes 64
+    std::set<engine::Satellite> noSlot;  // left out somewhere because the epoch has no slot left
     session::ValueLosses roverLosses;
     session::ValueLosses baseLosses;
 };

@@ -124,10 +124,9 @@ RunOutcome Run(const Session& session, const engine::Config& config, engine::Eng
         ReduceToMarkers(session, solution);
     }
     const double threshold = config.ratioThreshold;
-    constexpr int kWideLane = 5;
-    outcome.chain =
-        engine::StatusChain(status, results.solveModel, RatioPassed(results, kWideLane, threshold),
-                            RatioPassed(results, results.solveModel, threshold));
+    outcome.chain = engine::StatusChain(status, results.solveModel,
+                                        RatioPassed(results, VORNEL_MODEL_WIDE_LANE, threshold),
+                                        RatioPassed(results, results.solveModel, threshold));
     outcome.acceptance = Judge(results, session.config.ratioThreshold);
     outcome.warnings = Doubts(results, outcome.acceptance);
     return outcome;

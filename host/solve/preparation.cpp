@@ -157,7 +157,7 @@ class Preparation {
 
     void ChooseAllSignals() {
         Settings& values = s_.settings.values;
-        s_.galileo.first = values.galFreq1.value_or(1);
+        s_.galileo.first = values.galFreq1.value_or(VORNEL_DEFAULT_GAL_FREQ1);
         s_.galileo.second = values.galFreq2.value_or(
             SecondGalileoSignal(s_.inputs.rover, s_.inputs.base, s_.galileo.first));
         if (!values.galFreq2) {
@@ -534,7 +534,7 @@ class Preparation {
     }
 
     // With precise orbits the engine takes the channel of a GLONASS satellite without broadcast
-    // record from a table of its own, which knows slots 1 to 24 as they were. A wrong channel spoils
+    // record from a table, which knows its slots as they were. A wrong channel spoils
     // the solution, so a satellite whose header tells otherwise is left out.
     void CheckChannel(engine::Satellite satellite) {
         for (const TimedGlonass& timed : s_.ephemerides.glonass) {
@@ -542,8 +542,7 @@ class Preparation {
                 return;
             }
         }
-        constexpr std::array<int, 24> kTable = {1,  -4, 5, 6,  1,  -4, 5, 6, -2, -7, 0, -1,
-                                                -2, -7, 0, -1, -6, -3, 3, 2, 4,  -3, 3, 2};
+        constexpr std::array<int, VORNEL_CHANNEL_SLOTS> kTable = VORNEL_CHANNELS_OF_SLOTS;
         const auto slot = static_cast<std::size_t>(satellite.prn);
         const std::optional<int> assumed =
             slot <= kTable.size() ? std::optional(kTable[slot - 1]) : std::nullopt;

@@ -8,8 +8,6 @@
 namespace vornel::solve {
 namespace {
 
-constexpr int kFirstFrequency = 1, kSecondFrequency = 2, kTwoFrequencies = 3, kWideLane = 5,
-              kIonoFree = 6;
 constexpr double kShortLimit = 1e4;   // m
 constexpr double kMediumLimit = 3e4;  // m: beyond, the engine leaves one frequency float
 // With fewer satellites of the other systems Galileo stays in model 6, although its ambiguities
@@ -28,7 +26,7 @@ std::size_t Galileo() {
 
 RunSpec IonosphereFree(const SessionFacts& facts) {
     RunSpec spec;
-    spec.model = kIonoFree;
+    spec.model = VORNEL_MODEL_IONO_FREE;
     spec.why = "two frequencies over " + std::to_string(std::lround(facts.length / 1000.0)) + " km";
     if (facts.galileoShare > 0.0 && facts.othersPerEpoch >= kEnoughOthers) {
         spec.without[Galileo()] = true;
@@ -80,11 +78,11 @@ const char* NameOf(AnswerKind kind) {
 
 AnswerKind KindOf(const SessionFacts& facts, int solveModel) {
     switch (solveModel) {
-        case kFirstFrequency:
-        case kSecondFrequency:
+        case VORNEL_MODEL_FIRST:
+        case VORNEL_MODEL_SECOND:
             return facts.length < kShortLimit ? AnswerKind::kShort : AnswerKind::kMedium;
-        case kWideLane:
-        case kIonoFree:
+        case VORNEL_MODEL_WIDE_LANE:
+        case VORNEL_MODEL_IONO_FREE:
             return AnswerKind::kIonosphereFree;
         default:
             return AnswerKind::kOther;
@@ -106,7 +104,7 @@ RunSpec MainRun(const SessionFacts& facts) {
         return spec;
     }
     if (facts.length < kMediumLimit && facts.duration < kLongEnough) {
-        spec.model = kFirstFrequency;
+        spec.model = VORNEL_MODEL_FIRST;
         spec.why = "too short a session for the ionosphere-free combination";
         return spec;
     }
@@ -120,8 +118,8 @@ std::optional<RunSpec> NextBest(const SessionFacts& facts, const RunSpec& main,
     }
     const bool hasIonosphereFree =
         std::any_of(outcome.results.floats.begin(), outcome.results.floats.end(),
-                    [](const engine::Solution& s) { return s.mode == kIonoFree; });
-    if (main.model == kIonoFree && !hasIonosphereFree) {
+                    [](const engine::Solution& s) { return s.mode == VORNEL_MODEL_IONO_FREE; });
+    if (main.model == VORNEL_MODEL_IONO_FREE && !hasIonosphereFree) {
         RunSpec spec = main;
         spec.name = "ionosphere-free float";
         spec.why = "the wide lane passed no ratio test; its float solution needs none";
@@ -129,16 +127,16 @@ std::optional<RunSpec> NextBest(const SessionFacts& facts, const RunSpec& main,
         spec.floatOnly = true;
         return spec;
     }
-    if (main.model == kFirstFrequency) {
+    if (main.model == VORNEL_MODEL_FIRST) {
         RunSpec spec = IonosphereFree(facts);
         spec.name = "ionosphere-free";
         spec.why = "the first frequency gave no integers";
         return spec;
     }
-    if (main.model == kIonoFree && facts.length < kMediumLimit) {
+    if (main.model == VORNEL_MODEL_IONO_FREE && facts.length < kMediumLimit) {
         RunSpec spec;
         spec.name = "first frequency";
-        spec.model = kFirstFrequency;
+        spec.model = VORNEL_MODEL_FIRST;
         spec.why = "the ionosphere-free combination gave no integers";
         return spec;
     }
@@ -149,10 +147,10 @@ bool Better(const RunOutcome& other, const RunOutcome& one) {
     if (other.acceptance != one.acceptance) {
         return other.acceptance < one.acceptance;
     }
-    const bool ionosphereFree =
-        other.acceptance == Acceptance::kFloat && other.results.floats.back().mode == kIonoFree;
-    return ionosphereFree && one.results.floats.back().mode != kIonoFree &&
-           one.results.solveModel != kFirstFrequency;
+    const bool ionosphereFree = other.acceptance == Acceptance::kFloat &&
+                                other.results.floats.back().mode == VORNEL_MODEL_IONO_FREE;
+    return ionosphereFree && one.results.floats.back().mode != VORNEL_MODEL_IONO_FREE &&
+           one.results.solveModel != VORNEL_MODEL_FIRST;
 }
 
 std::vector<RunSpec> ChecksOf(const SessionFacts& facts, const RunSpec& main, int solveModel) {
@@ -172,10 +170,10 @@ std::vector<RunSpec> ChecksOf(const SessionFacts& facts, const RunSpec& main, in
     RunSpec high = check(kHighMask, "without the low satellites, which multipath and weather hit");
     high.elevationMask = kHighMaskRadians;
     RunSpec other = check(kOtherFrequency, "other integers, other multipath");
-    other.model = solveModel == kSecondFrequency ? kFirstFrequency : kSecondFrequency;
+    other.model = solveModel == VORNEL_MODEL_SECOND ? VORNEL_MODEL_FIRST : VORNEL_MODEL_SECOND;
 
     RunSpec both = check(kBothFrequencies, "the integers of both frequencies at once");
-    both.model = kTwoFrequencies;
+    both.model = VORNEL_MODEL_BOTH;
     both.periodLength = kOnePeriod;
 
     switch (KindOf(facts, solveModel)) {

@@ -231,7 +231,7 @@ int GradeOfFix(double ratio, double ratioThreshold, int nFixed, int nb) {
 
 LambdaAR::LambdaAR(double threshold, int parameterCount, int ambiguityCount, const matrixT& values,
                    const matrixT& cofactors, const std::vector<AmbRstInfo>& records)
-    : ratioThreshold(threshold <= 0.0 ? 1.8 : threshold),
+    : ratioThreshold(threshold <= 0.0 ? VORNEL_DEFAULT_RATIO_THRESHOLD : threshold),
       n(parameterCount + ambiguityCount),
       nx(parameterCount),
       nb(ambiguityCount),

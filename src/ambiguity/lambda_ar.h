@@ -30,7 +30,7 @@ class LambdaAR {
         ambRecords;  // one an ambiguity, or one for two where it serves two frequencies
 
     LambdaAR() = default;
-    // A threshold at or below 0 becomes 1.8.
+    // A threshold at or below 0 becomes VORNEL_DEFAULT_RATIO_THRESHOLD.
     LambdaAR(double ratioThreshold, int nx, int nb, const gult::matrixT& x, const gult::matrixT& Q,
              const std::vector<AmbRstInfo>& records);
     LambdaAR(const LambdaAR&) = default;
