@@ -18,25 +18,6 @@ bool IsFinite(const double* first, std::size_t count) {
     return std::all_of(first, first + count, [](double value) { return std::isfinite(value); });
 }
 
-// Why a covariance cannot be weighted with; empty when it can.
-std::string FaultOfCovariance(const Matrix3& covariance) {
-    if (!IsFinite(covariance.data(), covariance.size())) {
-        return "its covariance is not finite";
-    }
-    const Eigen::Matrix3d m = ToEigen(covariance);
-    if ((m - m.transpose()).cwiseAbs().maxCoeff() > 1e-6 * m.cwiseAbs().maxCoeff()) {
-        return "its covariance is not symmetric";
-    }
-    const Eigen::Vector3d eigenvalues =
-        Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(m, Eigen::EigenvaluesOnly).eigenvalues();
-    if (eigenvalues(0) <= 1e-12 * std::abs(eigenvalues(2))) {
-        return "its covariance is not positive definite";
-    }
-    constexpr double kSmallestVariance = 1e-14;
-    return eigenvalues(0) < kSmallestVariance ? "its standard deviation is below 0.1 micrometre"
-                                              : "";
-}
-
 std::string FaultOfVector(const NetworkVector& vector, const Ends& ends) {
     if (ends.base == kNone || ends.rover == kNone) {
         const std::string& missing = ends.base == kNone ? vector.base : vector.rover;
@@ -68,6 +49,24 @@ void CheckStation(const NetworkStation& station) {
 }
 
 }  // namespace
+
+std::string FaultOfCovariance(const Matrix3& covariance) {
+    if (!IsFinite(covariance.data(), covariance.size())) {
+        return "its covariance is not finite";
+    }
+    const Eigen::Matrix3d m = ToEigen(covariance);
+    if ((m - m.transpose()).cwiseAbs().maxCoeff() > 1e-6 * m.cwiseAbs().maxCoeff()) {
+        return "its covariance is not symmetric";
+    }
+    const Eigen::Vector3d eigenvalues =
+        Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(m, Eigen::EigenvaluesOnly).eigenvalues();
+    if (eigenvalues(0) <= 1e-12 * std::abs(eigenvalues(2))) {
+        return "its covariance is not positive definite";
+    }
+    constexpr double kSmallestVariance = 1e-14;
+    return eigenvalues(0) < kSmallestVariance ? "its standard deviation is below 0.1 micrometre"
+                                              : "";
+}
 
 Graph MakeGraph(const Network& network) {
     std::unordered_map<std::string, std::size_t> stations;

@@ -24,6 +24,9 @@ struct Graph {
 // that of three components (positive definite, no standard deviation below 0.1 micrometre).
 Graph MakeGraph(const Network& network);
 
+// Why a covariance cannot be weighted with; empty when it can.
+std::string FaultOfCovariance(const Matrix3& covariance);
+
 // The connected parts of `nodes` nodes under the given edges: by node the number of its component.
 // Components are numbered by their first node.
 std::vector<std::size_t> Components(std::size_t nodes, const std::vector<Ends>& edges);
