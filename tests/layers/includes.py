@@ -29,6 +29,7 @@ FOLDERS = {
     "host/session": ["io", "engine"],
     "host/solve": ["io", "engine", "session"],
     "host/network": ["io", "session"],
+    "host/exports": ["io", "session"],
     "host/report": ["io", "engine", "session", "solve"],
     "host/app": ["io", "engine", "session", "solve", "report"],
 }
