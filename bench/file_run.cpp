@@ -1,5 +1,6 @@
-// file_run BASE ROVER FILE...: one solve from files, phase by phase, as a line of JSON: processor
-// seconds of reading, of input (session and hand-over), of the run and of the reports, peak memory.
+// file_run [--checks] BASE ROVER FILE...: one solve from files, without check runs unless they are
+// asked for, as a line of JSON: processor seconds of reading, of input (session and hand-over), of the
+// runs and of the reports; peak memory of both processes.
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -8,15 +9,17 @@
 #include "measure.h"
 #include "report/json_report.h"
 #include "report/text_report.h"
-#include "solve/feed.h"
-#include "solve/outcome.h"
 #include "solve/preparation.h"
-#include "solve/preparation.h"
-#include "solve/solve_result.h"
+#include "solve/solve.h"
 
 int main(int argc, char** argv) {
+    const bool checks = argc > 1 && std::string(argv[1]) == "--checks";
+    if (checks) {
+        --argc;
+        ++argv;
+    }
     if (argc < 3) {
-        std::fprintf(stderr, "usage: file_run BASE ROVER FILE...\n");
+        std::fprintf(stderr, "usage: file_run [--checks] BASE ROVER FILE...\n");
         return 2;
     }
     using namespace vornel;
@@ -28,19 +31,19 @@ int main(int argc, char** argv) {
     session::ConfiguredSettings settings;
 
     const double start = bench::ProcessorSeconds();
-    session::Inputs inputs = session::ReadInputs(paths, solve::SelectionFor(settings.values));
+    solve::SolveRequest request;
+    request.inputs = session::ReadInputs(paths, solve::SelectionFor(settings.values));
+    request.settings = std::move(settings);
+    request.checks = checks;
     const double read = bench::ProcessorSeconds();
-    solve::SolveResult result;
-    result.session = solve::PrepareSession(std::move(inputs), std::move(settings));
-    double handedOver = 0.0;
-    {
-        engine::Engine engine;
-        result.fed = solve::Feed(result.session, engine, {});
-        result.session.inputs.rover.ForgetSatellites();
-        result.session.inputs.base.ForgetSatellites();
-        handedOver = bench::ProcessorSeconds();
-        result.outcome = solve::Run(result.session, engine);
+    const solve::SolveResult result = solve::Solve(std::move(request));
+    double run = 0.0;  // in the engine, of all runs
+    for (const auto* records : {&result.tried, &result.checks}) {
+        for (const solve::RunRecord& record : *records) {
+            run += record.seconds;
+        }
     }
+    const double engine = bench::ProcessorSecondsOfChildren();
     const double done = bench::ProcessorSeconds();
     const std::string text = report::TextReport(result);
     const std::string json = report::JsonText(report::JsonReport(result));
@@ -49,7 +52,7 @@ int main(int argc, char** argv) {
         "{\"epochs\": %zu, \"read_s\": %.4f, \"input_s\": %.4f, \"run_s\": %.4f, \"report_s\": "
         "%.4f, "
         "\"peak_kb\": %ld, \"status\": %d, \"bytes_reported\": %zu}\n",
-        result.fed.epochs, read - start, handedOver - read, done - handedOver, reported - done,
-        bench::MemoryKb("VmHWM"), result.outcome.results.status, text.size() + json.size());
+        result.fed.epochs, read - start, done - read + engine - run, run, reported - done,
+        bench::MemoryKb("VmHWM") + bench::PeakKbOfChildren(), result.outcome.results.status, text.size() + json.size());
     return result.outcome.completed ? 0 : 1;
 }

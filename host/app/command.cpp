@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <ctime>
 #include <exception>
 #include <ostream>
@@ -11,7 +10,6 @@
 #include "app/info_report.h"
 #include "app/output_file.h"
 #include "app/progress_line.h"
-#include "app/stderr_capture.h"
 #include "app/toml_config.h"
 #include "report/csv_report.h"
 #include "report/exit_codes.h"
@@ -20,7 +18,7 @@
 #include "report/text_report.h"
 #include "session/fault.h"
 #include "solve/preparation.h"
-#include "solve/solve_result.h"
+#include "solve/solve.h"
 
 namespace vornel::app {
 namespace {
@@ -48,45 +46,6 @@ std::string CommandLineText(const std::vector<std::string>& arguments) {
     return text;
 }
 
-// A descriptor for progress that outlives the capture of the error stream.
-class ErrorDescriptor {
-  public:
-    ErrorDescriptor() : descriptor_(::dup(STDERR_FILENO)) {}
-    ErrorDescriptor(const ErrorDescriptor&) = delete;
-    ErrorDescriptor& operator=(const ErrorDescriptor&) = delete;
-    ~ErrorDescriptor() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    int get() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
-// The engine's part, with its error stream kept aside.
-void Solve(SolveResult& result, const SolveArguments& arguments, const engine::Api& api,
-           ProgressLine& progress) {
-    StderrCapture capture;
-    {
-        engine::Engine engine(api);
-        solve::FeedOptions options;
-        options.tracePath = arguments.trace;
-        options.traceLevel = arguments.traceLevel;
-        options.progress = [&progress](const char* what, std::size_t done, std::size_t total) {
-            progress.Tell(what, done, total);
-        };
-        result.fed = solve::Feed(result.session, engine, options);
-        // The engine has them now; the reports tell what became of them.
-        result.session.inputs.rover.ForgetSatellites();
-        result.session.inputs.base.ForgetSatellites();
-        progress.Tell("solving", 0, 0);
-        result.outcome = solve::Run(result.session, engine);
-    }
-    result.engineLines = capture.Stop();
-}
-
 void WriteOutput(const std::string& path, const std::string& content, std::ostream& out) {
     if (path == kStandardOutput) {
         out << content;
@@ -106,22 +65,23 @@ void RequireOutputs(const SolveArguments& arguments) {
 int SolveCommand(SolveArguments arguments, const std::string& commandLine,
                  const Surroundings& around) {
     RequireOutputs(arguments);
-    const auto begin = std::chrono::steady_clock::now();
-    SolveResult result;
+    const std::string started = UtcNow();
+    ProgressLine progress(STDERR_FILENO, around.errIsTerminal);
+    solve::SolveRequest request;
+    request.paths = std::move(arguments.paths);
+    request.settings = std::move(arguments.settings);
+    request.checks = arguments.checks;
+    request.tracePath = arguments.trace;
+    request.traceLevel = arguments.traceLevel;
+    request.engine = around.engine;
+    request.progress = [&progress](const std::string& what, std::size_t done, std::size_t total) {
+        progress.Tell(what, done, total);
+    };
+    SolveResult result = solve::Solve(std::move(request));
+    progress.Stop();
     result.version = VORNEL_VERSION;
     result.commandLine = commandLine;
-    result.startedUtc = UtcNow();
-    const ErrorDescriptor terminal;
-    ProgressLine progress(terminal.get(), around.errIsTerminal);
-    progress.Tell("reading files", 0, 0);
-    session::Inputs inputs =
-        session::ReadInputs(arguments.paths, solve::SelectionFor(arguments.settings.values),
-                            solve::UnpackLimitOf(arguments.settings.values));
-    result.session = solve::PrepareSession(std::move(inputs), std::move(arguments.settings));
-    Solve(result, arguments, around.engine, progress);
-    progress.Stop();
-    result.secondsInAll =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    result.startedUtc = started;
 
     if (!arguments.json.empty()) {
         WriteOutput(arguments.json, report::JsonText(report::JsonReport(result)), around.out);
@@ -139,7 +99,7 @@ int SolveCommand(SolveArguments arguments, const std::string& commandLine,
     if (arguments.verbose) {
         around.err << result.engineLines;
     }
-    return static_cast<int>(CodeOf(result.outcome.acceptance, result.outcome.results.status));
+    return static_cast<int>(CodeOf(result.grade, result.outcome.results.status));
 }
 
 int ConfigCommand(ConfigArguments arguments, const Surroundings& around) {
@@ -206,6 +166,8 @@ int RunCommand(const std::vector<std::string>& arguments, const Surroundings& ar
         return Fail(around, ExitCode::kUsage, error.what());
     } catch (const OutputError& error) {
         return Fail(around, ExitCode::kOutput, error.what());
+    } catch (const process::ChildDied& error) {
+        return Fail(around, ExitCode::kInternal, error.what());
     } catch (const std::exception& error) {
         return Fail(around, ExitCode::kInternal, std::string("internal error: ") + error.what());
     }

@@ -172,6 +172,7 @@ Arguments ParseSolve(const Words& words) {
     CLI::Option* trace = command.add_option("--trace", solve.trace)->check(TracePathFault);
     command.add_option("--trace-level", solve.traceLevel)->needs(trace)->check(CLI::Range(0, 5));
     command.add_flag("--verbose,-v", solve.verbose);
+    command.add_flag("!--no-checks", solve.checks);
     Parse(command, "solve", words);
     RequireStations(files.paths);
     solve.settings = Configured(files, given);

@@ -20,6 +20,7 @@ struct SolveArguments {
     std::string trace;
     int traceLevel = 4;
     bool verbose = false;
+    bool checks = true;  // --no-checks
 };
 
 struct InfoArguments {

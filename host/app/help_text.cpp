@@ -91,6 +91,7 @@ Example
   --report FILE             a page of HTML to keep: drawings, charts, everything
   --json FILE, --csv FILE   all as JSON, residuals as CSV ("-": standard output)
   --trace FILE              the engine's trace; --trace-level N from 0 to 5 (4)
+  --no-checks               make no check runs; the answer is doubtful at most
   --verbose                 also show what the engine says
 
 )" + SettingLines(all) +

@@ -16,7 +16,7 @@ ProgressLine::~ProgressLine() {
     Stop();
 }
 
-void ProgressLine::Tell(const char* what, std::size_t done, std::size_t total) {
+void ProgressLine::Tell(const std::string& what, std::size_t done, std::size_t total) {
     if (!thread_.joinable()) {
         return;
     }

@@ -20,7 +20,7 @@ class ProgressLine {
     ~ProgressLine();
 
     // `total` 0: not known.
-    void Tell(const char* what, std::size_t done, std::size_t total);
+    void Tell(const std::string& what, std::size_t done, std::size_t total);
     void Stop();
 
   private:

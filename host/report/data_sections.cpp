@@ -100,7 +100,7 @@ std::string InputSection(const SolveResult& result) {
 
 std::string OriginSection(const SolveResult& result) {
     const engine::StatusEntry& end = engine::DescribeStatus(result.outcome.results.status);
-    const auto code = CodeOf(result.outcome.acceptance, result.outcome.results.status);
+    const auto code = CodeOf(result.grade, result.outcome.results.status);
     std::string text = Pairs(
         {{"Model", ModelText(result)},
          {"Status",

@@ -10,7 +10,8 @@ namespace {
 using E = ExitCode;
 
 constexpr std::array kCodes = {
-    ExitCodeEntry{E::kFixed, "fixed solution; or info, config, --help, --version succeeded"},
+    ExitCodeEntry{E::kTrusted,
+                  "trusted fixed solution; or info, config, --help, --version succeeded"},
     ExitCodeEntry{E::kInternal, "internal error of the command or the engine"},
     ExitCodeEntry{E::kUsage, "the command line is wrong"},
     ExitCodeEntry{E::kFloat, "float solution: the ambiguities could not be fixed with certainty"},
@@ -19,6 +20,8 @@ constexpr std::array kCodes = {
     ExitCodeEntry{E::kNoEpochs, "no solution: no epoch reached the engine"},
     ExitCodeEntry{E::kNoReference, "no solution: no usable reference satellite"},
     ExitCodeEntry{E::kNoTripleDifference, "no solution: the triple difference failed"},
+    ExitCodeEntry{E::kDoubtful,
+                  "fixed solution that its checks do not confirm, or that something contradicts"},
     ExitCodeEntry{E::kOutput, "an output file could not be written"},
     ExitCodeEntry{E::kMissingFile, "a file does not exist"},
     ExitCodeEntry{E::kUnreadable, "a file cannot be opened or read"},
@@ -97,15 +100,17 @@ ExitCode CodeOf(session::Fault fault) {
     return E::kInternal;
 }
 
-ExitCode CodeOf(solve::Acceptance acceptance, int status) {
-    switch (acceptance) {
-        case solve::Acceptance::kFixed:
-            return E::kFixed;
-        case solve::Acceptance::kFloat:
+ExitCode CodeOf(solve::Grade grade, int status) {
+    switch (grade) {
+        case solve::Grade::kTrusted:
+            return E::kTrusted;
+        case solve::Grade::kDoubtful:
+            return E::kDoubtful;
+        case solve::Grade::kFloat:
             return E::kFloat;
-        case solve::Acceptance::kTripleDifference:
+        case solve::Grade::kApproximate:
             return E::kTripleDifference;
-        case solve::Acceptance::kNone:
+        case solve::Grade::kNone:
             break;
     }
     switch (engine::DescribeStatus(status).kind) {

@@ -6,12 +6,12 @@
 
 #include "io/input_error.h"
 #include "session/fault.h"
-#include "solve/outcome.h"
+#include "solve/trust.h"
 
 namespace vornel::report {
 
 enum class ExitCode : int {
-    kFixed = 0,  // also: info, config, --help and --version did what they were asked
+    kTrusted = 0,  // also: info, config, --help and --version did what they were asked
     kInternal = 1,
     kUsage = 2,
     kFloat = 3,
@@ -19,6 +19,7 @@ enum class ExitCode : int {
     kNoEpochs = 5,
     kNoReference = 6,
     kNoTripleDifference = 7,
+    kDoubtful = 8,
     kOutput = 12,
 
     kMissingFile = 20,
@@ -58,6 +59,6 @@ ExitCode CodeOf(io::InputFault fault);
 ExitCode CodeOf(session::Fault fault);
 
 // Of a run that took place.
-ExitCode CodeOf(solve::Acceptance acceptance, int status);
+ExitCode CodeOf(solve::Grade grade, int status);
 
 }  // namespace vornel::report

@@ -127,15 +127,53 @@ Json StatusJson(int status) {
     return {{"number", status}, {"stage", entry.stage}, {"text", entry.text}};
 }
 
+Json RunJson(const solve::RunRecord& run) {
+    Json json = {{"name", run.spec.name},
+                 {"why", run.spec.why},
+                 {"status", StatusJson(run.status)},
+                 {"solve_model", run.solveModel},
+                 {"completed", run.completed},
+                 {"acceptance", solve::AcceptanceName(run.acceptance)},
+                 {"ratio", Number(run.ratio)},
+                 {"integers", run.integers}};
+    if (run.relation) {
+        const bool compared = run.relation != solve::Relation::kNoIntegers;
+        json["relation"] = solve::NameOf(*run.relation);
+        json["horizontal_m"] = compared ? Number(run.horizontal) : Json(nullptr);
+        json["up_m"] = compared ? Number(run.up) : Json(nullptr);
+    }
+    return json;
+}
+
+// The runs behind the answer, and what keeps it from being trusted.
+Json TrustJson(const SolveResult& result) {
+    Json tried = Json::array(), checks = Json::array(), doubts = Json::array();
+    for (const solve::RunRecord& run : result.tried) {
+        tried.push_back(RunJson(run));
+    }
+    for (const solve::RunRecord& run : result.checks) {
+        checks.push_back(RunJson(run));
+    }
+    for (const solve::Doubt& doubt : result.doubts) {
+        doubts.push_back({{"text", doubt.text}, {"advice", doubt.advice}});
+    }
+    return {{"answer", result.spec.name},
+            {"answer_kind", solve::NameOf(result.kind)},
+            {"runs", tried},
+            {"checks", checks},
+            {"doubts", doubts}};
+}
+
 Json OutcomeJson(const SolveResult& result) {
     const solve::RunOutcome& o = result.outcome;
     Json chain = Json::array();
     for (const int status : o.chain) {
         chain.push_back(StatusJson(status));
     }
-    return {{"acceptance", solve::AcceptanceName(o.acceptance)},
+    return {{"grade", solve::NameOf(result.grade)},
+            {"acceptance", solve::AcceptanceName(o.acceptance)},
             {"reason", VerdictReason(result)},
-            {"exit_code", static_cast<int>(CodeOf(o.acceptance, o.results.status))},
+            {"exit_code", static_cast<int>(CodeOf(result.grade, o.results.status))},
             {"status", StatusJson(o.results.status)},
             {"status_chain", chain},
             {"completed", o.completed},
@@ -415,6 +453,7 @@ nlohmann::ordered_json JsonReport(const SolveResult& result) {
             {"started_utc", result.startedUtc},
             {"seconds", {{"all", result.secondsInAll}, {"engine", result.outcome.seconds}}},
             {"outcome", OutcomeJson(result)},
+            {"trust", TrustJson(result)},
             {"solution", BestJson(result)},
             {"base", StationJson(s.base, s.antennasApplied)},
             {"rover", StationJson(s.rover, s.antennasApplied)},

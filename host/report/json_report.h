@@ -10,7 +10,7 @@ namespace vornel::report {
 
 // Raised in its first number when a field changes its meaning or goes, in its second when one is
 // added.
-inline constexpr const char* kJsonSchema = "vornel-solve/1.0";
+inline constexpr const char* kJsonSchema = "vornel-solve/1.1";
 
 nlohmann::ordered_json JsonReport(const solve::SolveResult& result);
 

@@ -26,9 +26,17 @@ std::string FixedReason(const SolveResult& result) {
     const std::string fact =
         Format("%zu integer ambiguities, ratio %.1f against a threshold of %.1f: ",
                fixed.ambiguities.size(), fixed.ratio, result.session.config.ratioThreshold);
-    return fact + (result.outcome.warnings.empty()
-                       ? "the vector can be trusted (its standard deviations are formal ones)."
-                       : "but check it, " + result.outcome.warnings.front() + ".");
+    if (result.grade == solve::Grade::kTrusted) {
+        std::size_t agreeing = 0;
+        for (const solve::RunRecord& check : result.checks) {
+            agreeing += check.relation == solve::Relation::kAgrees ? 1 : 0;
+        }
+        return fact + "confirmed by " + Plural(agreeing, "check run") +
+               " (the standard deviations are formal ones).";
+    }
+    const solve::Doubt doubt =
+        result.doubts.empty() ? solve::Doubt{"no check was made", ""} : result.doubts.front();
+    return fact + "but " + doubt.text + (doubt.advice.empty() ? "." : "; " + doubt.advice + ".");
 }
 
 std::string FloatReason(const SolveResult& result) {
@@ -67,7 +75,9 @@ std::vector<std::string> SystemsWithoutPart(const SolveResult& result) {
     std::vector<std::string> notes;
     for (const engine::System system : engine::kSystems) {
         const std::size_t observed = result.fed.systems[engine::IndexOf(system)].satellites;
-        if (best != nullptr && observed > 0 && SatellitesWithResiduals(*best, system) == 0) {
+        const bool leftOut = result.spec.without[engine::IndexOf(system)];
+        if (best != nullptr && observed > 0 && !leftOut &&
+            SatellitesWithResiduals(*best, system) == 0) {
             notes.push_back(std::string(engine::NameOf(system)) + ": " +
                             Plural(observed, "satellite") +
                             " observed by both, but no two of them long enough above the elevation "
@@ -180,9 +190,7 @@ std::string ModelText(const SolveResult& result) {
     const int asked = result.session.config.slvmode;
     std::string reason = "as asked for";
     if (asked == 0) {
-        reason = r.solveModel == VORNEL_MODEL_FIRST
-                     ? "automatic: a short baseline, or one frequency"
-                     : "automatic: a long baseline, two frequencies";
+        reason = "automatic: " + result.spec.why;
     } else if (asked != r.solveModel) {
         reason = Format("model %d was asked for: a receiver has one frequency", asked);
     }
@@ -218,18 +226,45 @@ std::size_t SatellitesWithResiduals(const Solution& solution, engine::System sys
     return satellites.size();
 }
 
-std::string Verdict(const solve::RunOutcome& outcome) {
-    switch (outcome.acceptance) {
-        case Acceptance::kFixed:
-            return "FIXED";
-        case Acceptance::kFloat:
+std::string Verdict(const SolveResult& result) {
+    switch (result.grade) {
+        case solve::Grade::kTrusted:
+            return "TRUSTED";
+        case solve::Grade::kDoubtful:
+            return "DOUBTFUL";
+        case solve::Grade::kFloat:
             return "FLOAT";
-        case Acceptance::kTripleDifference:
-            return "TRIPLE DIFFERENCE ONLY";
-        case Acceptance::kNone:
+        case solve::Grade::kApproximate:
+            return "APPROXIMATE";
+        case solve::Grade::kNone:
             return "NO SOLUTION";
     }
     return "NO SOLUTION";
+}
+
+std::vector<std::string> RunLines(const SolveResult& result) {
+    std::vector<std::string> lines;
+    for (const solve::RunRecord& run : result.tried) {
+        lines.push_back(run.spec.name + ": " + solve::AcceptanceName(run.acceptance) +
+                        (run.ratio > 0.0 ? Format(", ratio %.1f", run.ratio) : std::string()) +
+                        (run.spec.name == result.spec.name ? ", the answer" : ""));
+    }
+    for (const solve::RunRecord& run : result.checks) {
+        std::string line = "check, " + run.spec.name + ": " + solve::NameOf(*run.relation);
+        if (run.relation != solve::Relation::kNoIntegers) {
+            line += Format(", %.4f m off horizontally, %.4f m in height", run.horizontal, run.up);
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::vector<std::string> DoubtLines(const SolveResult& result) {
+    std::vector<std::string> lines;
+    for (const solve::Doubt& doubt : result.doubts) {
+        lines.push_back(doubt.text + (doubt.advice.empty() ? "" : "; " + doubt.advice));
+    }
+    return lines;
 }
 
 std::string VerdictReason(const SolveResult& result) {

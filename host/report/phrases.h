@@ -8,11 +8,18 @@
 
 namespace vornel::report {
 
-// The one-line verdict, without the station names: "FIXED", "FLOAT", ...
-std::string Verdict(const solve::RunOutcome& outcome);
+// The grade as the one-line verdict, without the station names: "TRUSTED", "DOUBTFUL", ...
+std::string Verdict(const solve::SolveResult& result);
 
 // Why, and what to do about it when there is no fixed solution.
 std::string VerdictReason(const solve::SolveResult& result);
+
+// What each run behind the answer gave, a line each: the main one, the next best where it was tried,
+// the checks.
+std::vector<std::string> RunLines(const solve::SolveResult& result);
+
+// Why the answer is not trusted, with the advice, a line each.
+std::vector<std::string> DoubtLines(const solve::SolveResult& result);
 
 // "Model 1, first frequency (automatic: a short baseline, or one frequency)"; empty when the run did
 // not come to choosing one.

@@ -37,14 +37,15 @@ struct Flag {
 };
 
 Flag FlagOf(const SolveResult& result) {
-    switch (result.outcome.acceptance) {
-        case Acceptance::kFixed:
+    switch (result.grade) {
+        case solve::Grade::kTrusted:
             return AllWarnings(result).empty() ? Flag{"pass", "Pass", "\xE2\x9C\x93"}
                                                : Flag{"flag", "Check", "!"};
-        case Acceptance::kFloat:
-        case Acceptance::kTripleDifference:
+        case solve::Grade::kDoubtful:
+        case solve::Grade::kFloat:
+        case solve::Grade::kApproximate:
             return {"flag", "Check", "!"};
-        case Acceptance::kNone:
+        case solve::Grade::kNone:
             break;
     }
     return {"fail", "Fail", "\xE2\x9C\x95"};
@@ -190,12 +191,16 @@ std::string SummarySection(const SolveResult& result) {
     std::string text = std::string("<div class=\"verdict ") + flag.className +
                        "\"><p class=\"badge\"><span class=\"sign\" aria-hidden=\"true\">" +
                        flag.sign + "</span> <strong>" + flag.word +
-                       "</strong> <span class=\"kind\">" + Escaped(Verdict(result.outcome)) +
+                       "</strong> <span class=\"kind\">" + Escaped(Verdict(result)) +
                        "</span></p>\n" + Paragraph(VerdictReason(result)) + "</div>\n";
     if (best != nullptr) {
         text += Figures(result, *best);
     }
     text += Paragraph(SpanText(result), "span");
+    text += Heading("The runs behind it") + List(RunLines(result));
+    if (!result.doubts.empty()) {
+        text += Heading("Why it is not trusted") + List(DoubtLines(result));
+    }
     return Section("result", "Result", text + Warnings(result));
 }
 

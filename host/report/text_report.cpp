@@ -53,8 +53,10 @@ std::string VectorBlock(const SolveResult& result, const Solution& s) {
                        Deviation(c[4 * i]), neuNames[i], neu[i], neuDeviations[i]);
     }
     text += Format("  %-7s%14.4f +- %.4f\n", "Length", session::Length(s.vector), s.sigmaLength);
-    text += Format("  Covariance (mm^2)  XX %.3f  YY %.3f  ZZ %.3f  XY %.3f  XZ %.3f  YZ %.3f\n",
-                   c[0] * 1e6, c[4] * 1e6, c[8] * 1e6, c[1] * 1e6, c[2] * 1e6, c[5] * 1e6);
+    text += Wrapped("  Covariance (mm^2)  ",
+                    Format("XX %.3f YY %.3f ZZ %.3f XY %.3f XZ %.3f YZ %.3f", c[0] * 1e6,
+                           c[4] * 1e6, c[8] * 1e6, c[1] * 1e6, c[2] * 1e6, c[5] * 1e6),
+                    "    ");
     text += Format("  Residuals  rms %.4f m, variance factor %.3f, %d degrees of freedom\n", s.rms,
                    s.varianceFactor, s.dof);
     const Vector3 rover = session::Plus(base.position, s.vector);
@@ -215,7 +217,7 @@ std::string ForcedBlock(const session::Session& session) {
 std::string TextReport(const SolveResult& result) {
     const session::Session& s = result.session;
     std::string text =
-        s.base.name + " (base) to " + s.rover.name + " (rover): " + Verdict(result.outcome) + "\n";
+        s.base.name + " (base) to " + s.rover.name + " (rover): " + Verdict(result) + "\n";
     text += Wrapped("  ", VerdictReason(result), "  ");
     const std::string model = ModelText(result);
     text += model.empty() ? model : Wrapped("", model, "  ");
@@ -243,6 +245,10 @@ std::string TextReport(const SolveResult& result) {
             }
         }
     };
+    list("Runs", RunLines(result));
+    if (result.grade != solve::Grade::kTrusted) {
+        list("Doubts", DoubtLines(result));
+    }
     list("Notes", AllNotes(result));
     list("Warnings", AllWarnings(result));
     return text;

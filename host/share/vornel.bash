@@ -3,7 +3,7 @@ _vornel()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} command=${COMP_WORDS[1]}
     local options="\
-        --base --rover --config --json --trace --verbose --solve-mode --elevation-mask --systems \
+        --base --rover --config --json --trace --no-checks --verbose --solve-mode --elevation-mask --systems \
         --ephemeris-source --gal-freq1 --gal-freq2 --exclude --no-iono --base-xyz --rover-xyz \
         --base-height --rover-height --trust-code --start --end --interval --strict --unpack-limit \
         --sampling-interval \

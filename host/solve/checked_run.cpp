@@ -24,12 +24,23 @@ Grade GradeOf(Acceptance acceptance, bool doubted) {
     return Grade::kNone;
 }
 
+// Whether a check may hand the epochs over again with another mask. The model that the engine takes
+// by itself follows from the length.
+bool MasksMayCheck(const SessionFacts& facts, const RunSpec& main) {
+    const bool automaticFirst = facts.length < facts.shortLimit || !facts.secondFrequency;
+    const int automatic = automaticFirst ? VORNEL_MODEL_FIRST : VORNEL_MODEL_IONO_FREE;
+    const int model = main.model.value_or(facts.modelGiven ? facts.solveMode : automatic);
+    return KindOf(facts, model) != AnswerKind::kShort;
+}
+
 // Makes checks until the rule of trust has heard enough.
 std::vector<RunRecord> MakeChecks(RunSeries& series, const SessionFacts& facts, AnswerKind kind,
                                   const RunSpec& spec, const RunRecord& answer,
-                                  const engine::Solution& fixed, const session::Geodetic& place) {
+                                  const engine::Solution& fixed, const session::Geodetic& place,
+                                  bool masks) {
     std::vector<RunRecord> records;
-    const std::vector<RunSpec> specs = ChecksOf(facts, spec, answer.solveModel);
+    std::vector<RunSpec> specs = ChecksOf(facts, spec, answer.solveModel);
+    std::erase_if(specs, [&](const RunSpec& s) { return s.elevationMask && !masks; });
     for (std::size_t i = 0; i < specs.size(); ++i) {
         if (Decide(kind, facts.secondFrequency, answer, records, specs.size() - i) !=
             Verdict::kOpen) {
@@ -47,12 +58,22 @@ std::vector<RunRecord> MakeChecks(RunSeries& series, const SessionFacts& facts, 
 
 }  // namespace
 
-CheckedOutcome RunChecked(const session::Session& session, engine::Engine& engine,
+void ForgetObservations(session::Session& session) {
+    session.inputs.rover.ForgetSatellites();
+    session.inputs.base.ForgetSatellites();
+}
+
+CheckedOutcome RunChecked(session::Session& session, engine::Engine& engine,
                           const FeedOptions& options, bool checks) {
     RunSeries series(session, engine, options);
     const SessionFacts facts = FactsOf(session, series.HandOver());
     CheckedOutcome result;
+    const std::vector<Doubt> contradictions = SessionContradictions(session, series.HandOver());
     result.spec = MainRun(facts);
+    const bool masks = checks && MasksMayCheck(facts, result.spec);
+    if (!masks) {
+        ForgetObservations(session);
+    }
     result.outcome = series.Make(result.spec);
     result.tried.push_back(RecordOf(result.spec, result.outcome));
     if (const auto next = NextBest(facts, result.spec, result.outcome)) {
@@ -70,7 +91,7 @@ CheckedOutcome RunChecked(const session::Session& session, engine::Engine& engin
         const RunRecord answer = RecordOf(result.spec, outcome);
         if (checks) {
             result.checks = MakeChecks(series, facts, result.kind, result.spec, answer,
-                                       outcome.results.fixeds.back(), place);
+                                       outcome.results.fixeds.back(), place, masks);
         }
         result.doubts = Unconfirmed(result.kind, facts.secondFrequency, answer, result.checks);
     }
@@ -80,8 +101,8 @@ CheckedOutcome RunChecked(const session::Session& session, engine::Engine& engin
             StatisticsOf(*best, session.config.samplingInterval,
                          {SkyTracks(session, result.fed, kSkyStep), result.fed.times});
     }
-    for (std::vector<Doubt> more : {SessionContradictions(session, result.fed),
-                                    AnswerContradictions(facts, outcome, result.residuals)}) {
+    for (const std::vector<Doubt>& more :
+         {contradictions, AnswerContradictions(facts, outcome, result.residuals)}) {
         result.doubts.insert(result.doubts.end(), more.begin(), more.end());
     }
     result.grade = GradeOf(outcome.acceptance, !result.doubts.empty());

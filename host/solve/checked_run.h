@@ -22,9 +22,13 @@ struct CheckedOutcome {
     ResidualStatistics residuals;   // of the answer
 };
 
-// `checks` false: the main run and the next best alone; the grade is doubtful at most.
-// Throws engine::EngineFailure.
-CheckedOutcome RunChecked(const session::Session& session, engine::Engine& engine,
+// `checks` false: the main run and the next best alone; the grade is doubtful at most. The session's
+// observations are freed once no run needs them any more.
+// Throws engine::Failure.
+CheckedOutcome RunChecked(session::Session& session, engine::Engine& engine,
                           const FeedOptions& options, bool checks);
+
+// Frees the observations of both receivers; their epochs stay, without satellites.
+void ForgetObservations(session::Session& session);
 
 }  // namespace vornel::solve

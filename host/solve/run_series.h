@@ -22,10 +22,10 @@ class RunSeries {
     // another mask.
     RunSeries(const session::Session& session, engine::Engine& engine, FeedOptions options);
 
-    // Hands the session over, if that was not done yet. Throws engine::EngineFailure.
+    // Hands the session over, if that was not done yet. Throws engine::Failure.
     const FeedSummary& HandOver();
 
-    // Hands over what the engine does not have yet, and runs. Throws engine::EngineFailure.
+    // Hands over what the engine does not have yet, and runs. Throws engine::Failure.
     RunOutcome Make(const RunSpec& spec);
 
     // What was handed over for the first run.

@@ -5,15 +5,13 @@
 #include <string>
 
 #include "session/session.h"
-#include "solve/feed.h"
-#include "solve/outcome.h"
+#include "solve/checked_run.h"
 
 namespace vornel::solve {
 
-struct SolveResult {
+// The answer with its checks and grade, and what it came from.
+struct SolveResult : CheckedOutcome {
     session::Session session;  // inputs, decisions, notes, warnings
-    FeedSummary fed;           // what was handed over
-    RunOutcome outcome;        // the engine's results
     std::string engineLines;   // what the engine wrote to its error stream
     std::string version;       // of the command
     std::string commandLine;   // as it was given

@@ -27,11 +27,12 @@ FOLDERS = {
     "host/io": [],
     "host/engine": ["io"],
     "host/session": ["io", "engine"],
-    "host/solve": ["io", "engine", "session"],
+    "host/process": [],
+    "host/solve": ["io", "engine", "session", "process"],
     "host/network": ["io", "session"],
     "host/exports": ["io", "session"],
     "host/report": ["io", "engine", "session", "solve"],
-    "host/app": ["io", "engine", "session", "solve", "report"],
+    "host/app": ["io", "engine", "session", "process", "solve", "report"],
 }
 PUBLIC_HEADER = "VornelBlCore.h"
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)

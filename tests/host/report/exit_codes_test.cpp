@@ -46,13 +46,14 @@ TEST(ExitCodes, BadInputHasACodeOfItsOwnFrom20To99) {
 }
 
 TEST(ExitCodes, RunsEndBelow20ByMeaning) {
-    using solve::Acceptance;
-    EXPECT_EQ(CodeOf(Acceptance::kFixed, 81), ExitCode::kFixed);
-    EXPECT_EQ(CodeOf(Acceptance::kFloat, 41), ExitCode::kFloat);
-    EXPECT_EQ(CodeOf(Acceptance::kTripleDifference, 40), ExitCode::kTripleDifference);
-    EXPECT_EQ(CodeOf(Acceptance::kNone, 10), ExitCode::kNoEpochs);
-    EXPECT_EQ(CodeOf(Acceptance::kNone, 13), ExitCode::kNoReference);
-    EXPECT_EQ(CodeOf(Acceptance::kNone, 20), ExitCode::kNoTripleDifference);
+    using solve::Grade;
+    EXPECT_EQ(CodeOf(Grade::kTrusted, 81), ExitCode::kTrusted);
+    EXPECT_EQ(CodeOf(Grade::kDoubtful, 81), ExitCode::kDoubtful);
+    EXPECT_EQ(CodeOf(Grade::kFloat, 41), ExitCode::kFloat);
+    EXPECT_EQ(CodeOf(Grade::kApproximate, 40), ExitCode::kTripleDifference);
+    EXPECT_EQ(CodeOf(Grade::kNone, 10), ExitCode::kNoEpochs);
+    EXPECT_EQ(CodeOf(Grade::kNone, 13), ExitCode::kNoReference);
+    EXPECT_EQ(CodeOf(Grade::kNone, 20), ExitCode::kNoTripleDifference);
 }
 
 }  // namespace

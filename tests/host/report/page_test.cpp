@@ -281,7 +281,9 @@ TEST_F(Page, TellsWarningsFirst) {
         Report({"solve", "--base", folder + "SCOA00FRA_R_20261201000_02H_30S_MO.rnx.xz", "--rover",
                 folder + "PASA00ESP_R_20261201000_02H_30S_MO.rnx.xz",
                 folder + "BRDC00WRD_R_20261200800_06H_MN.rnx.xz"},
-               0);
+               8);
+    EXPECT_TRUE(Holds(html, "DOUBTFUL"));
+    EXPECT_TRUE(Holds(html, "Why it is not trusted"));
     const StrictReader page(html);
     EXPECT_TRUE(Holds(html, "<strong>Check</strong>"));
     EXPECT_TRUE(Holds(page.text, "no ANTEX file is given"));

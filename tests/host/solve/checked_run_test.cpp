@@ -95,7 +95,7 @@ TEST(RunSeries, WhatTheUserExcludesStaysExcludedInEveryPart) {
 }
 
 TEST(CheckedRun, TheSessionOfTheDemoIsTrusted) {
-    const session::Session session = Wettzell();
+    session::Session session = Wettzell();
     engine::Engine engine;
     const CheckedOutcome checked = RunChecked(session, engine, {}, true);
     EXPECT_EQ(checked.grade, Grade::kTrusted);
@@ -108,10 +108,11 @@ TEST(CheckedRun, TheSessionOfTheDemoIsTrusted) {
 }
 
 TEST(CheckedRun, WithoutChecksTheAnswerIsTheSameAndDoubtful) {
-    const session::Session session = Wettzell();
+    session::Session session = Wettzell();
+    session::Session again = Wettzell();
     engine::Engine one, other;
     const CheckedOutcome with = RunChecked(session, one, {}, true);
-    const CheckedOutcome without = RunChecked(session, other, {}, false);
+    const CheckedOutcome without = RunChecked(again, other, {}, false);
     EXPECT_EQ(without.grade, Grade::kDoubtful);
     EXPECT_EQ(without.outcome.Best()->vector, with.outcome.Best()->vector);
     EXPECT_TRUE(without.checks.empty());
@@ -120,7 +121,7 @@ TEST(CheckedRun, WithoutChecksTheAnswerIsTheSameAndDoubtful) {
 TEST(CheckedRun, TheSameObservationsTwiceAreNeverTrusted) {
     session::Inputs inputs = ReadWettzell();
     inputs.rover = inputs.base;
-    const session::Session session = PrepareSession(std::move(inputs), {});
+    session::Session session = PrepareSession(std::move(inputs), {});
     engine::Engine engine;
     const CheckedOutcome checked = RunChecked(session, engine, {}, true);
     EXPECT_NE(checked.grade, Grade::kTrusted);
@@ -131,7 +132,7 @@ TEST(CheckedRun, TheSameObservationsTwiceAreNeverTrusted) {
 TEST(CheckedRun, AnAntennaHeightThatNoTripodHasIsNeverTrusted) {
     session::Settings settings;
     settings.roverHeight = 17.0;
-    const session::Session session = Wettzell(settings);
+    session::Session session = Wettzell(settings);
     engine::Engine engine;
     const CheckedOutcome checked = RunChecked(session, engine, {}, true);
     EXPECT_EQ(checked.grade, Grade::kDoubtful);
