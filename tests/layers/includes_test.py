@@ -95,7 +95,8 @@ class ThisTree(unittest.TestCase):
                 for target in includes.FOLDERS:
                     name = target.split("/")[1]
                     header.write_text(f'#include "{name}/a.h"\n', encoding="utf-8")
-                    permitted = target == source or name in allowed
+                    # Engine and host may each have a room of one name; an include means the own one.
+                    permitted = name == source.split("/")[1] or name in allowed
                     self.assertEqual(includes.errors_in(root, includes.FOLDERS),
                                      [] if permitted else [f'{source}/a.h includes "{name}/a.h"'])
                 header.write_text("", encoding="utf-8")
