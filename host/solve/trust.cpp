@@ -25,8 +25,6 @@ constexpr std::size_t kFewestIntegers = 5;
 constexpr std::size_t kManyIntegers = 10;
 constexpr double kClearRatio = 5.0;
 
-constexpr double kDegree = M_PI / 180.0;
-
 std::size_t IntegersOf(const engine::Solution& solution) {
     return solution.ambiguities.size();
 }
