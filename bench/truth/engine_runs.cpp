@@ -13,7 +13,6 @@
 
 #include "../measure.h"
 #include "engine/status.h"
-#include "solve/residual_statistics.h"
 #include "row.h"
 #include "session/fault.h"
 #include "session/session.h"
@@ -21,17 +20,18 @@
 #include "solve/feed.h"
 #include "solve/outcome.h"
 #include "solve/preparation.h"
+#include "solve/residual_statistics.h"
 
 namespace vornel::truth {
 namespace {
 
 using engine::Solution;
+using session::Geodetic;
+using session::Session;
 using solve::kUnknown;
 using solve::ResidualStatistics;
 using solve::SkyOfSession;
 using solve::StatisticsOf;
-using session::Geodetic;
-using session::Session;
 
 constexpr double kDegree = M_PI / 180.0;
 constexpr int kWideLane = 5;

@@ -129,26 +129,68 @@ CutRule ParseRule(const Json& json) {
     return rule;
 }
 
+template <typename Value>
+Value ByName(const std::vector<std::pair<const char*, Value>>& names, const std::string& name) {
+    for (const auto& [known, value] : names) {
+        if (name == known) {
+            return value;
+        }
+    }
+    throw PlanError("kinds: nothing is called " + name);
+}
+
 Kind ParseKind(const Json& json) {
+    using rough::Environment;
+    using rough::Equipment;
     Fields fields(json, "kinds");
     Kind kind;
-    kind.name = fields.Need<std::string>("name");
-    fields.Take("length", kind.length);
-    fields.Take("latitude", kind.latitude);
-    fields.Take("heightDifference", kind.heightDifference);
-    fields.Take("years", kind.years);
-    fields.Take("durations", kind.durations);
-    fields.Take("interval", kind.interval);
-    fields.Take("systems", kind.systems);
-    fields.Take("frequencies", kind.frequencies);
+    rough::Kind& bounds = kind.bounds;
+    bounds.name = fields.Need<std::string>("name");
+    fields.Take("length", bounds.length);
+    fields.Take("latitude", bounds.latitude);
+    fields.Take("longitude", bounds.longitude);
+    fields.Take("height", bounds.height);
+    fields.Take("heightDifference", bounds.heightDifference);
+    fields.Take("steepest", bounds.steepest);
+    fields.Take("years", bounds.years);
+    fields.Take("solar", bounds.solar);
+    fields.Take("durations", bounds.durations);
+    fields.Take("interval", bounds.interval);
+    fields.Take("systems", bounds.systems);
+    fields.Take("frequencies", bounds.frequencies);
+    fields.Take("headerSigma", bounds.headerSigma);
+    std::string rover = "geodetic";
+    fields.Take("rover", rover);
+    bounds.rover = ByName<Equipment>({{"geodetic", Equipment::kGeodetic},
+                                      {"low-cost", Equipment::kLowCost},
+                                      {"low-cost-dual", Equipment::kLowCostDual}},
+                                     rover);
+    fields.Take("baseLikeRover", bounds.baseLikeRover);
+    std::vector<std::string> around;
+    fields.Take("around", around);
+    if (!around.empty()) {
+        bounds.around.clear();
+    }
+    for (const std::string& name : around) {
+        bounds.around.push_back(ByName<Environment>({{"pillar", Environment::kPillar},
+                                                     {"roof", Environment::kRoof},
+                                                     {"field", Environment::kField},
+                                                     {"yard", Environment::kYard},
+                                                     {"street", Environment::kStreet},
+                                                     {"canopy", Environment::kCanopy}},
+                                                    name));
+    }
     std::string orbits = NameOf(kind.orbits);
     fields.Take("orbits", orbits);
     kind.orbits = OrbitChoiceOf(orbits);
-    fields.Take("headerSigma", kind.headerSigma);
+    if (kind.orbits != OrbitChoice::kBroadcast) {
+        bounds.preciseInterval = 300.0;
+        fields.Take("preciseInterval", bounds.preciseInterval);
+    }
     fields.Done();
-    if (kind.durations.empty() || kind.systems.empty() || !(kind.length[0] > 0.0) ||
-        kind.length[1] < kind.length[0]) {
-        throw PlanError("kinds: " + kind.name + ": durations, systems and lengths are needed");
+    if (bounds.durations.empty() || bounds.systems.empty() || !(bounds.length[0] > 0.0) ||
+        bounds.length[1] < bounds.length[0]) {
+        throw PlanError("kinds: " + bounds.name + ": durations, systems and lengths are needed");
     }
     return kind;
 }
@@ -225,8 +267,7 @@ const char* NameOf(OrbitChoice choice) {
 std::string RunSpec::FeedKey() const {
     std::ostringstream key;
     key << Text(mask) << '|' << Text(tropoModel) << '|' << Text(interval) << '|' << ionosphere
-        << '|' << Text(antennas) << '|' << basePosition << '|' << roverOffset
-        << '|' << answer;
+        << '|' << Text(antennas) << '|' << basePosition << '|' << roverOffset << '|' << answer;
     return key.str();
 }
 

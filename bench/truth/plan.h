@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "session/geodesy.h"
+#include "simulator/scenarios.h"
 
 namespace vornel::truth {
 
@@ -57,17 +58,8 @@ struct CutRule {
 
 // A kind of simulated session. Each is drawn by chance within these bounds.
 struct Kind {
-    std::string name;
-    std::array<double, 2> length = {1.0, 1e4};     // m, the logarithm uniform
-    std::array<double, 2> latitude = {0.0, 65.0};  // degrees, on both hemispheres
-    double heightDifference = 300.0;               // m, most; 0.3 of the length on short vectors
-    std::array<int, 2> years = {2018, 2025};       // both inside
-    std::vector<double> durations = {3600.0};      // s
-    double interval = 30.0;                        // s
-    std::vector<std::string> systems = {"GREC"};
-    int frequencies = 2;
+    rough::Kind bounds;
     OrbitChoice orbits = OrbitChoice::kBroadcast;
-    double headerSigma = 1.0;  // m, of each horizontal component of the header positions
 };
 
 // One engine run on a session: what differs from the run that the command makes. Fields that are

@@ -54,7 +54,8 @@ Plan ReadPlans(const Options& options) {
         }
     }
     std::erase_if(plan.sets, [&](const DataSet& set) { return !Among(options.sets, set.name); });
-    std::erase_if(plan.kinds, [&](const Kind& kind) { return !Among(options.sets, kind.name); });
+    std::erase_if(plan.kinds,
+                  [&](const Kind& kind) { return !Among(options.sets, kind.bounds.name); });
     std::erase_if(plan.runs, [&](const RunSpec& run) { return !Among(options.runs, run.label); });
     return plan;
 }

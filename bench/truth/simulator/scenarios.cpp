@@ -76,6 +76,14 @@ std::array<bool, io::kSystemCount> SystemsOf(const std::string& letters) {
     return systems;
 }
 
+std::vector<Tracking> WithinSystems(std::vector<Tracking> signals, const std::string& letters) {
+    const auto wanted = SystemsOf(letters);
+    std::erase_if(signals, [&](const Tracking& signal) {
+        return !wanted[static_cast<std::size_t>(signal.system)];
+    });
+    return signals;
+}
+
 Scenario Begin(std::uint64_t seed, const std::string& kind) {
     Scenario scenario;
     scenario.seed = seed;
@@ -263,12 +271,9 @@ Surroundings DrawSurroundings(Random& random, Environment environment) {
 Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& systems,
                       double interval) {
     Receiver r;
-    const auto wanted = SystemsOf(systems);
     const auto add = [&](const std::vector<Tracking>& signals) {
-        for (const Tracking& signal : signals) {
-            if (wanted[static_cast<std::size_t>(signal.system)]) {
-                r.signals.push_back(signal);
-            }
+        for (const Tracking& signal : WithinSystems(signals, systems)) {
+            r.signals.push_back(signal);
         }
     };
     // By make, m per channel (Wanninger 2012: -0.7 to 4.9 cm). Most receivers of today correct it to
@@ -367,127 +372,109 @@ AntennaType DrawAntennaType(Random& random, Equipment equipment, std::size_t num
     return a;
 }
 
-const std::vector<Kind>& AllKinds() {
-    static const std::vector<Kind> kinds = [] {
-        const std::vector<double> shortDurations = {300.0,  600.0,  900.0,  1800.0,
-                                                    3600.0, 7200.0, 14400.0};
-        const std::vector<double> durations = {900.0, 1800.0, 3600.0, 7200.0, 14400.0};
-        const std::vector<double> longDurations = {1800.0, 3600.0, 7200.0, 14400.0, 86400.0};
-        std::vector<Kind> list;
-        const auto add = [&](const char* name, double shortest, double longest,
-                             const std::vector<double>& times) -> Kind& {
-            Kind kind;
-            kind.name = name;
-            kind.shortest = shortest;
-            kind.longest = longest;
-            kind.durations = times;
-            list.push_back(kind);
-            return list.back();
-        };
-        add("local", 1.0, 1000.0, shortDurations);
-        add("short", 1000.0, 10000.0, shortDurations);
-        add("medium", 10000.0, 30000.0, durations);
-        add("regional", 30000.0, 100000.0, durations);
-        add("long", 100000.0, 300000.0, longDurations);
-        add("far", 250000.0, 1000000.0, {3600.0, 14400.0, 86400.0}).precise = true;
-        Kind& lowCost = add("low-cost", 5.0, 5000.0, shortDurations);
-        lowCost.rover = Equipment::kLowCost;
-        lowCost.roverLikeBase = 0.5;
-        Kind& dual = add("low-cost-dual", 5.0, 10000.0, shortDurations);
-        dual.rover = Equipment::kLowCostDual;
-        dual.roverLikeBase = 0.3;
-        add("canopy", 50.0, 5000.0, shortDurations).environments = {0, 0, 0, 0, 0, 1};
-        Kind& street = add("street", 50.0, 10000.0, shortDurations);
-        street.environments = {0, 0, 0, 0.5, 1, 0};
-        Kind& beidou = add("beidou", 50.0, 5000.0, shortDurations);
-        beidou.systems = "C";
-        beidou.lowestLatitude = 18.0;
-        beidou.highestLatitude = 50.0;
-        Kind& mountain = add("mountain", 1000.0, 30000.0, durations);
-        mountain.mostHeight = 0.3;
-        mountain.highest = 1500.0;
-        Kind& sun = add("high-sun", 5000.0, 30000.0, durations);
-        sun.solar = 1.0;
-        sun.lowestLatitude = -25.0;
-        sun.highestLatitude = 25.0;
-        return list;
-    }();
-    return kinds;
+namespace {
+
+template <typename Value>
+const Value& AnyOf(const std::vector<Value>& list, Random& random) {
+    return list.at(static_cast<std::size_t>(random.Integer(0, static_cast<int>(list.size()) - 1)));
 }
 
-const Kind& KindOf(const std::string& name) {
-    for (const Kind& kind : AllKinds()) {
-        if (kind.name == name) {
-            return kind;
-        }
-    }
-    throw std::out_of_range("no kind " + name);
+// Whole minutes.
+io::GpsTime DrawStart(const std::array<int, 2>& years, Random& random) {
+    const int month = random.Integer(1, 12), day = random.Integer(1, 28);
+    return TimeOf({random.Integer(years[0], years[1]), month, day, random.Integer(0, 23),
+                   random.Integer(0, 59), 0.0});
 }
+
+double DrawInterval(double duration, Random& random) {
+    constexpr std::array<double, 5> kIntervals = {1.0, 5.0, 10.0, 15.0, 30.0};
+    return kIntervals[random.Choose(duration > 4.0 * kHour ? std::vector<double>{0, 0, 0, 0.2, 0.8}
+                                    : duration > kHour ? std::vector<double>{0, 0.1, 0.1, 0.3, 0.5}
+                                    : duration > 0.3 * kHour
+                                        ? std::vector<double>{0.05, 0.15, 0.15, 0.3, 0.35}
+                                        : std::vector<double>{0.25, 0.3, 0.2, 0.2, 0.05})];
+}
+
+Geodetic DrawBase(const Kind& kind, Random& random) {
+    const double sine =
+        random.Uniform(std::sin(kind.latitude[0] * kDegree), std::sin(kind.latitude[1] * kDegree));
+    constexpr double kUsual = 600.0;  // m
+    const double low = kind.height[0], high = kind.height[1];
+    const double height = low < kUsual && (high <= kUsual || random.Chance(0.8))
+                              ? random.Uniform(low, std::min(kUsual, high))
+                              : random.Uniform(std::max(kUsual, low), high);
+    return {std::asin(sine), random.Uniform(kind.longitude[0], kind.longitude[1]) * kDegree,
+            height};
+}
+
+// Broadcast orbits have become better: user range errors of 1.5 m in 2002 (Warren and Raquet 2003,
+// GPS Solutions 7, 1-8) against 0.5 m.
+double BroadcastQualityOf(const io::GpsTime& time) {
+    const double year = 2000.0 + DaysSince2000(time) / 365.25;
+    return 1.0 + std::max(0.0, 2012.0 - year) / 8.0;
+}
+
+}  // namespace
 
 Scenario DrawScenario(std::uint64_t seed, const Kind& kind) {
     Random random(seed, "scenario " + kind.name);
-    Scenario scenario = Begin(seed, kind.name);
-    const Date date = {random.Integer(2019, 2031), random.Integer(1, 12), random.Integer(1, 28),
-                       random.Integer(0, 23),      random.Integer(0, 59), 0.0};
-    scenario.start = TimeOf(date);
-    scenario.duration = kind.durations[static_cast<std::size_t>(
-        random.Integer(0, static_cast<int>(kind.durations.size()) - 1))];
-    const std::vector<double> intervals = {1.0, 5.0, 10.0, 15.0, 30.0};
-    scenario.interval = intervals[random.Choose(
-        scenario.duration > 4.0 * kHour   ? std::vector<double>{0, 0, 0, 0.2, 0.8}
-        : scenario.duration > kHour       ? std::vector<double>{0, 0.1, 0.1, 0.3, 0.5}
-        : scenario.duration > 0.3 * kHour ? std::vector<double>{0.05, 0.15, 0.15, 0.3, 0.35}
-                                          : std::vector<double>{0.25, 0.3, 0.2, 0.2, 0.05})];
-    std::string systems = kind.systems;
-    if (systems.empty()) {
-        const std::vector<std::string> mixes = {"GREC", "GRE", "GR", "GE", "GC", "G"};
-        systems = mixes[random.Choose({0.5, 0.1, 0.15, 0.1, 0.05, 0.1})];
-    }
+    // Kinds with the same seed share no world.
+    Scenario scenario = Begin(random.Bits(), kind.name);
+    scenario.start = DrawStart(kind.years, random);
+    scenario.duration = AnyOf(kind.durations, random);
+    const double drawnInterval = DrawInterval(scenario.duration, random);
+    scenario.interval = kind.interval > 0.0 ? kind.interval : drawnInterval;
+    const std::string systems = AnyOf(kind.systems, random);
     scenario.systems = SystemsOf(systems);
-    const double sine = random.Uniform(std::sin(kind.lowestLatitude * kDegree),
-                                       std::sin(kind.highestLatitude * kDegree));
-    const double longitude =
-        kind.systems == "C" ? random.Uniform(70.0, 140.0) * kDegree : random.Uniform(-kPi, kPi);
-    const Geodetic base{
-        std::asin(sine), longitude,
-        random.Chance(0.8) ? random.Uniform(0.0, 600.0) : random.Uniform(600.0, 2500.0)};
-    const double length = random.LogUniform(kind.shortest, kind.longest);
-    const double most = std::min(kind.highest, kind.mostHeight * length);
+    scenario.preciseInterval = kind.preciseInterval;
+    scenario.broadcastQuality = BroadcastQualityOf(scenario.start);
+
+    const Geodetic base = DrawBase(kind, random);
+    const double length = random.LogUniform(kind.length[0], kind.length[1]);
+    const double most = std::min(kind.heightDifference, kind.steepest * length);
     AddSites(random, scenario, base, length, random.Uniform(-most, most));
     scenario.weather = DrawWeather(random, base, scenario.start);
-    scenario.ionosphere =
-        DrawIonosphere(random, base, kind.solar >= 0.0 ? kind.solar : SolarLevelOf(scenario.start),
-                       scenario.duration);
+    scenario.ionosphere = DrawIonosphere(
+        random, base, kind.solar.value_or(SolarLevelOf(scenario.start)), scenario.duration);
 
-    const bool baseLikeRover = random.Chance(kind.roverLikeBase);
-    const Equipment baseEquipment = baseLikeRover ? kind.rover : Equipment::kGeodetic;
-    const bool roverPermanent = kind.longest > 50000.0 || random.Chance(0.3);
+    const bool alike = random.Chance(kind.baseLikeRover);
+    const Equipment baseEquipment = alike ? kind.rover : Equipment::kGeodetic;
     scenario.sites[0].around = DrawSurroundings(
         random, static_cast<Environment>(random.Choose({1.0, 1.0, 0.7, 0.1, 0.0, 0.0})));
-    scenario.sites[1].around =
-        DrawSurroundings(random, static_cast<Environment>(random.Choose(kind.environments)));
+    scenario.sites[1].around = DrawSurroundings(random, AnyOf(kind.around, random));
     scenario.antennas = {DrawAntennaType(random, baseEquipment, 1)};
-    const bool sameAntenna = baseLikeRover && random.Chance(0.5);
+    const bool sameAntenna = alike && random.Chance(0.5);
     if (!sameAntenna) {
         scenario.antennas.push_back(DrawAntennaType(random, kind.rover, 2));
     }
     scenario.antennaTable = random.Chance(0.7);
     Receiver first = DrawReceiver(random, baseEquipment, systems, scenario.interval);
     Receiver second = DrawReceiver(random, kind.rover, systems, scenario.interval);
-    if (baseLikeRover && random.Chance(0.5)) {
-        // The same make.
+    if (alike && random.Chance(0.5)) {
         second.make = first.make;
         second.glonassSlope = first.glonassSlope;
         second.type = first.type;
     }
-    AddOccupation(random, scenario, 0, first, 0, random.Chance(0.6));
-    AddOccupation(random, scenario, 1, second, sameAntenna ? 0 : 1, roverPermanent);
-    if (kind.rover != Equipment::kGeodetic) {
-        scenario.occupations[1].antennaNamed = false;
-        scenario.occupations[1].headerOffset.reset();
+    if (kind.frequencies == 1) {
+        first.signals = second.signals = WithinSystems(SingleFrequencySignals(), systems);
     }
-    if (kind.precise) {
-        scenario.preciseInterval = random.Chance(0.6) ? 300.0 : 900.0;
+    // Stations far apart stand for good, and receivers of surveyors on tripods.
+    constexpr double kSurvey = 50000.0;  // m
+    AddOccupation(random, scenario, 0, first, 0, random.Chance(0.6));
+    AddOccupation(random, scenario, 1, second, sameAntenna ? 0 : 1,
+                  length > kSurvey || random.Chance(0.3));
+    for (std::size_t i = 0; i < 2; ++i) {
+        const bool named = (i == 0 ? baseEquipment : kind.rover) == Equipment::kGeodetic;
+        Occupation& occupation = scenario.occupations[i];
+        occupation.antennaNamed = named;
+        if (!named && random.Chance(0.5)) {
+            occupation.headerOffset.reset();
+        }
+        if (kind.headerSigma) {
+            const double sigma = *kind.headerSigma;
+            occupation.headerOffset = Vector3{sigma * random.Normal(), sigma * random.Normal(),
+                                              1.5 * sigma * random.Normal()};
+        }
     }
     return scenario;
 }

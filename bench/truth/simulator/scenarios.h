@@ -1,7 +1,9 @@
 // Scenarios drawn by chance from what the world and its surveyors are like.
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,27 +21,30 @@ enum class Equipment {
     kLowCostDual  // first and fifth band, a patch antenna
 };
 
-// A class of sessions.
+// A class of sessions: bounds within which a scenario is drawn.
 struct Kind {
     std::string name;
-    double shortest = 1.0, longest = 1000.0;   // m; the logarithm is drawn evenly
-    double mostHeight = 0.05;                  // height difference over length, and at most
-    double highest = 300.0;                    // m
-    std::vector<double> durations = {3600.0};  // s, each as likely
+    std::array<double, 2> length = {1.0, 10000.0};      // m; the logarithm is drawn evenly
+    std::array<double, 2> latitude = {-65.0, 70.0};     // degrees; evenly over the sphere
+    std::array<double, 2> longitude = {-180.0, 180.0};  // degrees
+    std::array<double, 2> height = {0.0, 2500.0};       // m, of the base; most lie below 600
+    double steepest = 0.05;                             // height difference over length, at most
+    double heightDifference = 300.0;                    // m, at most
+    std::array<int, 2> years = {2019, 2030};            // both inside
+    std::optional<double> solar;                  // 0 minimum to 1 maximum; empty: of the year
+    std::vector<double> durations = {3600.0};     // s, each as likely
+    double interval = 0.0;                        // s; 0: drawn to suit the duration
+    std::vector<std::string> systems = {"GREC"};  // letters, each as likely
+    int frequencies = 2;                          // 1: the receivers have the first alone
     Equipment rover = Equipment::kGeodetic;
-    double roverLikeBase = 1.0;  // probability that the base is of that kind too
-    std::vector<double> environments = {1,   1, 1,
-                                        0.5, 0, 0};         // weights for the rover, by Environment
-    bool precise = false;                                   // precise orbits
-    double lowestLatitude = -65.0, highestLatitude = 70.0;  // degrees
-    double solar = -1.0;  // 0 minimum to 1 maximum; below 0: as the year has it
-    std::string systems;  // letters; empty: drawn
+    double baseLikeRover = 1.0;  // probability; else the base is geodetic
+    std::vector<Environment> around = {Environment::kPillar, Environment::kRoof,
+                                       Environment::kField};  // of the rover, each as likely
+    std::optional<double> preciseInterval;                    // s, of tables of precise orbits
+    // m, of each horizontal component of the header positions; empty: drawn, from centimetres to
+    // tens of metres.
+    std::optional<double> headerSigma;
 };
-
-// The classes that the bench draws from. docs of each stand beside its numbers.
-const std::vector<Kind>& AllKinds();
-// Throws std::out_of_range when there is none of the name.
-const Kind& KindOf(const std::string& name);
 
 // A pair of stations, occupation 0 the base, 1 the rover. The same seed gives the same scenario.
 Scenario DrawScenario(std::uint64_t seed, const Kind& kind);

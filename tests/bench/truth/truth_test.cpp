@@ -280,7 +280,9 @@ TEST(SimulatedScenes, KeepToTheirKindAndFollowTheirSeed) {
         EXPECT_NEAR(session::Length(scene.known.vector), 1500.0, 525.0);
         const double latitude = session::ToGeodetic(*scene.known.base).latitude * 180.0 / M_PI;
         EXPECT_NEAR(std::abs(latitude), 45.0, 5.0);
-        EXPECT_EQ(scene.inputs.base.epochs.size(), 10U);
+        // But for epochs that a receiver missed.
+        EXPECT_LE(scene.inputs.base.epochs.size(), 10U);
+        EXPECT_GE(scene.inputs.base.epochs.size(), 5U);
         EXPECT_EQ(SystemsOf(scene.inputs), "GE");
         EXPECT_EQ(scene.inputs.orbits.size(), 1U);
         EXPECT_EQ(scene.inputs.navigation.size(), 1U);
