@@ -366,14 +366,15 @@ std::string Antex(const io::AntennaFile& antennas) {
     return text;
 }
 
-void WriteSession(const SimulatedSession& session, const std::string& folder) {
+std::vector<std::string> WriteSession(const SimulatedSession& session, const std::string& folder) {
     const std::filesystem::path path(folder);
     std::filesystem::create_directories(path);
+    std::vector<std::string> names;
     std::map<std::string, int> count;
     for (const SimulatedStation& station : session.stations) {
-        const std::string& name = station.observations.station().markerName;
-        WriteFile(path / (name + "_" + std::to_string(++count[name]) + ".rnx"),
-                  RinexObservations(station.observations));
+        const std::string& site = station.observations.station().markerName;
+        names.push_back(site + "_" + std::to_string(++count[site]) + ".rnx");
+        WriteFile(path / names.back(), RinexObservations(station.observations));
     }
     WriteFile(path / "navigation.rnx", RinexNavigation(session.navigation));
     if (session.preciseOrbits) {
@@ -382,6 +383,7 @@ void WriteSession(const SimulatedSession& session, const std::string& folder) {
     if (session.antennas) {
         WriteFile(path / "antennas.atx", Antex(*session.antennas));
     }
+    return names;
 }
 
 }  // namespace vornel::rough

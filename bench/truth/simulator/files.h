@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "io/antennas.h"
 #include "io/navigation.h"
@@ -20,7 +21,8 @@ std::string Antex(const io::AntennaFile& antennas);
 
 // Writes a session into a folder, which is made where it is missing: an observation file for each
 // occupation, "<site>_<number>.rnx", "navigation.rnx" and, if there are any, "orbits.sp3" and
-// "antennas.atx". Throws std::runtime_error when that fails.
-void WriteSession(const SimulatedSession& session, const std::string& folder);
+// "antennas.atx". Answers the names of the observation files. Throws std::runtime_error when a file
+// cannot be written.
+std::vector<std::string> WriteSession(const SimulatedSession& session, const std::string& folder);
 
 }  // namespace vornel::rough

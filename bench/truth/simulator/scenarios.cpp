@@ -222,47 +222,47 @@ Surroundings DrawSurroundings(Random& random, Environment environment) {
         case Environment::kPillar:
             around.groundHeight = random.Uniform(0.8, 4.0);
             around.groundAmplitude = random.LogUniform(0.04, 0.15);
-            AddScatterers(random, around, 4, 0.1, 0.6, 0.045, true);
+            AddScatterers(random, around, 4, 0.2, 2.0, 0.045, true);
             AddScatterers(random, around, 4, 4.0, 30.0, 0.020, false);
             AddHorizon(random, around, 2.0, 1, 8.0);
             break;
         case Environment::kRoof:
             around.groundHeight = random.Uniform(0.5, 3.0);
             around.groundAmplitude = random.LogUniform(0.06, 0.25);
-            AddScatterers(random, around, 4, 0.1, 0.8, 0.060, true);
+            AddScatterers(random, around, 4, 0.2, 3.0, 0.060, true);
             AddScatterers(random, around, 6, 2.0, 20.0, 0.035, false);
             AddHorizon(random, around, 2.0, 2, 15.0);
             break;
         case Environment::kField:
             around.groundHeight = random.Uniform(1.1, 2.0);
             around.groundAmplitude = random.LogUniform(0.06, 0.20);
-            AddScatterers(random, around, 4, 0.1, 0.6, 0.050, true);
+            AddScatterers(random, around, 4, 0.2, 2.0, 0.050, true);
             AddScatterers(random, around, 3, 5.0, 40.0, 0.020, false);
             AddHorizon(random, around, 3.0, 2, 15.0);
             break;
         case Environment::kYard:
             around.groundHeight = random.Uniform(1.1, 2.0);
             around.groundAmplitude = random.LogUniform(0.08, 0.25);
-            AddScatterers(random, around, 4, 0.1, 0.8, 0.060, true);
+            AddScatterers(random, around, 4, 0.2, 3.0, 0.060, true);
             AddScatterers(random, around, 8, 2.0, 25.0, 0.070, false);
             AddHorizon(random, around, 5.0, 5, 35.0);
             break;
         case Environment::kStreet:
             around.groundHeight = random.Uniform(1.1, 2.0);
             around.groundAmplitude = random.LogUniform(0.1, 0.3);
-            AddScatterers(random, around, 4, 0.1, 0.8, 0.060, true);
+            AddScatterers(random, around, 4, 0.2, 3.0, 0.060, true);
             AddScatterers(random, around, 12, 2.0, 40.0, 0.110, false);
             AddHorizon(random, around, 8.0, 8, 50.0);
             break;
         case Environment::kCanopy:
             around.groundHeight = random.Uniform(1.1, 2.0);
             around.groundAmplitude = random.LogUniform(0.06, 0.2);
-            AddScatterers(random, around, 4, 0.1, 0.8, 0.060, true);
-            AddScatterers(random, around, 14, 0.7, 8.0, 0.300, true);
+            AddScatterers(random, around, 4, 0.2, 3.0, 0.060, true);
+            AddScatterers(random, around, 14, 0.7, 8.0, 0.280, true);
             AddHorizon(random, around, 4.0, 2, 20.0);
-            around.canopyLoss = random.Uniform(3.0, 8.0);
+            around.canopyLoss = random.Uniform(2.0, 5.0);
             around.canopyScatter = random.Uniform(0.002, 0.005);
-            around.canopyFlutter = random.Uniform(2.0, 4.0);
+            around.canopyFlutter = random.Uniform(3.0, 5.0);
             break;
     }
     return around;
@@ -306,7 +306,7 @@ Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& sy
         r.strengthDrop = random.Uniform(12.0, 18.0);
         r.codeNoise = random.LogUniform(0.4, 1.2);
         r.smoothing = random.Chance(0.5) ? 0.0 : random.Uniform(20.0, 100.0);
-        r.phaseNoise = random.LogUniform(1.0e-3, 2.5e-3);
+        r.phaseNoise = random.LogUniform(1.3e-3, 3.0e-3);
         r.correlator = random.LogUniform(20.0, 80.0);
         r.elevationCutoff = 5.0 * random.Integer(0, 2) * kDegree;
         r.slipRate = random.LogUniform(0.1, 2.0);
@@ -368,7 +368,7 @@ AntennaType DrawAntennaType(Random& random, Equipment equipment, std::size_t num
         a.azimuthVariation[g] = both(a.azimuthVariation, 0.0005);
     }
     a.individual = geodetic ? 0.0007 : 0.002;
-    a.multipathGain = geodetic ? random.LogUniform(0.6, 1.6) : random.LogUniform(1.8, 3.5);
+    a.multipathGain = geodetic ? random.LogUniform(0.6, 1.6) : random.LogUniform(2.2, 4.0);
     return a;
 }
 
@@ -388,11 +388,15 @@ io::GpsTime DrawStart(const std::array<int, 2>& years, Random& random) {
 
 double DrawInterval(double duration, Random& random) {
     constexpr std::array<double, 5> kIntervals = {1.0, 5.0, 10.0, 15.0, 30.0};
-    return kIntervals[random.Choose(duration > 4.0 * kHour ? std::vector<double>{0, 0, 0, 0.2, 0.8}
-                                    : duration > kHour ? std::vector<double>{0, 0.1, 0.1, 0.3, 0.5}
-                                    : duration > 0.3 * kHour
-                                        ? std::vector<double>{0.05, 0.15, 0.15, 0.3, 0.35}
-                                        : std::vector<double>{0.25, 0.3, 0.2, 0.2, 0.05})];
+    std::vector<double> weights = {0.08, 0.27, 0.20, 0.30, 0.15};
+    if (duration > 4.0 * kHour) {
+        weights = {0.0, 0.0, 0.0, 0.1, 0.9};
+    } else if (duration > kHour) {
+        weights = {0.0, 0.0, 0.05, 0.25, 0.7};
+    } else if (duration > 0.3 * kHour) {
+        weights = {0.02, 0.10, 0.10, 0.30, 0.48};
+    }
+    return kIntervals[random.Choose(weights)];
 }
 
 Geodetic DrawBase(const Kind& kind, Random& random) {
@@ -432,7 +436,10 @@ Scenario DrawScenario(std::uint64_t seed, const Kind& kind) {
     const Geodetic base = DrawBase(kind, random);
     const double length = random.LogUniform(kind.length[0], kind.length[1]);
     const double most = std::min(kind.heightDifference, kind.steepest * length);
-    AddSites(random, scenario, base, length, random.Uniform(-most, most));
+    const double difference = random.Uniform(-most, most);
+    // Not below the lowest land of the kind.
+    const bool tooLow = base.height + difference < kind.height[0];
+    AddSites(random, scenario, base, length, tooLow ? -difference : difference);
     scenario.weather = DrawWeather(random, base, scenario.start);
     scenario.ionosphere = DrawIonosphere(
         random, base, kind.solar.value_or(SolarLevelOf(scenario.start)), scenario.duration);
@@ -585,8 +592,8 @@ constexpr std::array<Model, 6> kModels = {{
      86400.0,
      15.0,
      "C",
-     Environment::kField,
-     Environment::kField,
+     Environment::kYard,
+     Environment::kYard,
      true,
      true,
      false},
@@ -656,7 +663,7 @@ Scenario DrawLookAlike(std::uint64_t seed, const std::string& set) {
     if (set == "bds-monitor") {
         scenario.ionosphere.broadcast = false;
         for (AntennaType& type : scenario.antennas) {
-            type.multipathGain = random.Uniform(1.4, 2.2);  // no choke ring
+            type.multipathGain = random.Uniform(0.7, 1.1);
         }
         for (Occupation& occupation : scenario.occupations) {
             occupation.receiver.missedEpochs = 0.01;

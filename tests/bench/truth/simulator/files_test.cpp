@@ -2,12 +2,16 @@
 #include "simulator/files.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
+#include <filesystem>
 #include <set>
 
 #include "io/observation_reader.h"
 #include "pair.h"
+#include "simulator/scenarios.h"
+#include "solve.h"
 
 namespace vornel::rough {
 namespace {
@@ -123,6 +127,38 @@ TEST(Files, PreciseOrbitsAreReadBackToTheSameNumbers) {
             EXPECT_EQ(read.satellites[s].points[i].clock, written.satellites[s].points[i].clock);
         }
     }
+}
+
+TEST(Files, SessionIsSolvedFromItsFiles) {
+    Kind kind;
+    kind.name = "written";
+    kind.length = {100.0, 500.0};
+    kind.durations = {1800.0};
+    kind.interval = 30.0;
+    kind.preciseInterval = 300.0;
+    Scenario scenario = DrawScenario(5, kind);
+    scenario.antennaTable = true;
+    scenario.antennas[0].calibrated = true;
+    const SimulatedSession simulated = Simulate(scenario);
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / ("rough_world_" + std::to_string(::getpid()));
+    const auto names = WriteSession(simulated, folder.string());
+    ASSERT_EQ(names, (std::vector<std::string>{"BASE_1.rnx", "ROVR_1.rnx"}));
+    session::InputPaths paths;
+    paths.base = {(folder / names[0]).string()};
+    paths.rover = {(folder / names[1]).string()};
+    for (const char* name : {"navigation.rnx", "orbits.sp3", "antennas.atx"}) {
+        paths.others.push_back((folder / name).string());
+    }
+    const session::Inputs inputs = session::ReadInputs(paths, {});
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(inputs.navigation.size(), 1U);
+    EXPECT_EQ(inputs.orbits.size(), 1U);
+    EXPECT_EQ(inputs.antennas.size(), 1U);
+    const Answer fromFiles = Solve(inputs);
+    ASSERT_TRUE(fromFiles.any);
+    EXPECT_EQ(fromFiles.vector, Solve(InputsOf(simulated, 0, 1)).vector);
+    EXPECT_LT(Length(Minus(fromFiles.vector, simulated.TrueVector(0, 1))), 0.1);
 }
 
 }  // namespace

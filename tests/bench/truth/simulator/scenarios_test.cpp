@@ -152,11 +152,10 @@ TEST(Scenarios, OfEveryKindAreTakenByTheHost) {
         Kind half = kind;
         half.durations = {1800.0};
         const SimulatedSession session = Simulate(DrawScenario(31, half));
-        const Solved solved = Solve(InputsOf(session, 0, 1));
-        EXPECT_TRUE(solved.outcome.completed) << kind.name;
-        const auto* best = solved.outcome.Best();
-        ASSERT_NE(best, nullptr) << kind.name;
-        EXPECT_LT(Length(Minus(best->vector, session.TrueVector(0, 1))), 10.0) << kind.name;
+        const Answer answer = Solve(InputsOf(session, 0, 1));
+        EXPECT_TRUE(answer.completed) << kind.name;
+        ASSERT_TRUE(answer.any) << kind.name;
+        EXPECT_LT(Length(Minus(answer.vector, session.TrueVector(0, 1))), 10.0) << kind.name;
     }
 }
 
@@ -205,9 +204,9 @@ TEST(Campaigns, CarryTheirFlawsAndOneWorld) {
         occupation.duration = 3600.0;
     }
     const SimulatedSession session = Simulate(part);
-    const Solved solved = Solve(InputsOf(session, 0, 1));
-    ASSERT_NE(solved.outcome.Best(), nullptr);
-    EXPECT_LT(Length(Minus(solved.outcome.Best()->vector, session.TrueVector(0, 1))), 0.3);
+    const Answer answer = Solve(InputsOf(session, 0, 1));
+    ASSERT_TRUE(answer.any);
+    EXPECT_LT(Length(Minus(answer.vector, session.TrueVector(0, 1))), 0.3);
 }
 
 }  // namespace

@@ -105,10 +105,9 @@ TEST(SilentWorld, WeekEndsAreCrossed) {
 double ErrorOf(const Scenario& scenario, solve::Acceptance& acceptance,
                session::ConfiguredSettings settings = {}) {
     const SimulatedSession simulated = Simulate(scenario);
-    const Solved solved = Solve(InputsOf(simulated, 0, 1), std::move(settings));
-    acceptance = solved.outcome.acceptance;
-    const engine::Solution* best = solved.outcome.Best();
-    return best == nullptr ? 1e9 : Length(Minus(best->vector, simulated.TrueVector(0, 1)));
+    const Answer answer = Solve(InputsOf(simulated, 0, 1), std::move(settings));
+    acceptance = answer.acceptance;
+    return answer.any ? Length(Minus(answer.vector, simulated.TrueVector(0, 1))) : 1e9;
 }
 
 TEST(SilentWorld, EngineFindsShortVectorToAMillimetre) {

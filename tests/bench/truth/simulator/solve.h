@@ -1,6 +1,9 @@
 // Simulated sessions through the host and the engine.
 #pragma once
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <utility>
 
 #include "session/session.h"
@@ -11,9 +14,12 @@
 
 namespace vornel::rough {
 
-struct Solved {
-    session::Session session;
-    solve::RunOutcome outcome;
+// What a run gave. Without a solution `any` is false.
+struct Answer {
+    bool completed = false;
+    bool any = false;
+    solve::Acceptance acceptance{};
+    Vector3 vector{};  // m, earth-fixed
 };
 
 inline session::Inputs InputsOf(const SimulatedSession& simulated, std::size_t base,
@@ -31,13 +37,41 @@ inline session::Inputs InputsOf(const SimulatedSession& simulated, std::size_t b
     return inputs;
 }
 
-inline Solved Solve(session::Inputs inputs, session::ConfiguredSettings settings = {}) {
-    Solved solved;
-    solved.session = solve::PrepareSession(std::move(inputs), std::move(settings));
-    engine::Engine engine;
-    solve::Feed(solved.session, engine, {});
-    solved.outcome = solve::Run(solved.session, engine);
-    return solved;
+// In a process of its own: the engine keeps the orbits of earlier sessions as long as a process lives.
+inline Answer Solve(session::Inputs inputs, session::ConfiguredSettings settings = {}) {
+    int ends[2];
+    if (pipe(ends) != 0) {
+        return {};
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        Answer answer;
+        try {
+            const session::Session prepared =
+                solve::PrepareSession(std::move(inputs), std::move(settings));
+            engine::Engine engine;
+            solve::Feed(prepared, engine, {});
+            const solve::RunOutcome outcome = solve::Run(prepared, engine);
+            answer.completed = outcome.completed;
+            answer.acceptance = outcome.acceptance;
+            if (const auto* best = outcome.Best()) {
+                answer.any = true;
+                answer.vector = best->vector;
+            }
+        } catch (const std::exception&) {
+            answer = {};
+        }
+        const bool written = write(ends[1], &answer, sizeof answer) == sizeof answer;
+        _exit(written ? 0 : 1);
+    }
+    close(ends[1]);
+    Answer answer;
+    if (read(ends[0], &answer, sizeof answer) != sizeof answer) {
+        answer = {};
+    }
+    close(ends[0]);
+    waitpid(child, nullptr, 0);
+    return answer;
 }
 
 }  // namespace vornel::rough
