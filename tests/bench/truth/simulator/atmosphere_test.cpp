@@ -35,11 +35,11 @@ TEST(Troposphere, RaysAreMappedAsByNiell) {
     Scenario scenario = At(45.0);
     scenario.effects.turbulence = 0.0;
     const Geodetic place{45.0 * kDegree, 0.0, 0.0};
-    const auto mapping = [&](double elevation, bool wet) {
+    const auto mapping = [&](double elevation, bool wet, double height = 0.0) {
         Scenario one = scenario;
         (wet ? one.effects.hydrostatic : one.effects.wet) = 0.0;
         const Troposphere region(one, one.start);
-        const StationTroposphere station(region, place);
+        const StationTroposphere station(region, {place.latitude, 0.0, height});
         return station.Delay(0.3, elevation * kDegree, 0.0) / station.Delay(0.3, 0.5 * kPi, 0.0);
     };
     // Niell (1996): at 5 degrees about 10.15 (hydrostatic) and 10.75 (wet) in middle latitudes.
@@ -47,6 +47,9 @@ TEST(Troposphere, RaysAreMappedAsByNiell) {
     EXPECT_NEAR(mapping(5.0, true), 10.75, 0.05);
     EXPECT_NEAR(mapping(30.0, false), 1.9928, 0.003);
     EXPECT_NEAR(mapping(30.0, true), 1.9970, 0.003);
+    // The correction for the height of a station, 2000 m: equation 6 there.
+    const double atSea = mapping(5.0, false);
+    EXPECT_NEAR(mapping(5.0, false, 2000.0) - atSea, 0.0439, 0.003);
 }
 
 TEST(Troposphere, TurbulenceFollowsItsStructureFunction) {
@@ -151,6 +154,8 @@ TEST(Ionosphere, WavesTravel) {
         largest = std::max(largest, std::abs(here));
         EXPECT_NEAR(electrons.VerticalAt(0.8 + half, 0.1, t), -here, 2e-3);
         EXPECT_NEAR(electrons.VerticalAt(0.8 + half, 0.1, t + 600.0), here, 2e-3);
+        // A quarter of the way on in a quarter of the period: northwards.
+        EXPECT_NEAR(electrons.VerticalAt(0.8 + 0.5 * half, 0.1, t + 300.0), here, 2e-3);
     }
     EXPECT_NEAR(largest, 0.7, 0.01);
 }

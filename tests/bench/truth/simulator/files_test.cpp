@@ -51,7 +51,12 @@ TEST(Files, ObservationsAreReadBackToTheSameNumbers) {
     scenario.occupations[0].receiver.clockDrift = 3.3e-7;
     scenario.occupations[0].antennaHeight = 1.5374;
     scenario.occupations[1].headerOffset.reset();
-    const SimulatedSession session = Simulate(scenario);
+    SimulatedSession session = Simulate(scenario);
+    // Phases may be negative, and small.
+    io::Observations& first = session.stations[0].observations;
+    first.values[first.satellites[0].firstValue + 1] = -1234567.891;
+    first.values[first.satellites[1].firstValue + 1] = -0.25;
+    first.lossOfLock[first.satellites[1].firstValue + 1] = 3;
     for (const SimulatedStation& station : session.stations) {
         ExpectSame(station.observations,
                    io::ReadRinexObservations(RinexObservations(station.observations), "written"));
@@ -106,6 +111,20 @@ TEST(Files, NavigationIsReadBackToTheSameNumbers) {
         EXPECT_EQ(a.velocity, b.velocity);
         EXPECT_EQ(a.acceleration, b.acceleration);
     }
+}
+
+// Our reader takes the week from the clock's date; others take it from the record.
+TEST(Files, BeiDouCountsItsWeeksFrom2006) {
+    const SimulatedSession session = Simulate(SilentPair(150.0, {2024, 6, 10, 12, 0, 0.0}));
+    const std::string text = RinexNavigation(session.navigation);
+    const std::size_t record = text.find("\nC");
+    ASSERT_NE(record, std::string::npos);
+    std::size_t line = record + 1;
+    for (int i = 0; i < 5; ++i) {
+        line = text.find('\n', line) + 1;
+    }
+    // 2024-06-10 lies in the week 2318 of GPS.
+    EXPECT_EQ(std::stod(text.substr(line + 4 + 2 * 19, 19)), 2318.0 - 1356.0);
 }
 
 TEST(Files, PreciseOrbitsAreReadBackToTheSameNumbers) {

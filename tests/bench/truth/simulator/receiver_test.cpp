@@ -294,7 +294,8 @@ TEST(Hardware, CodeBiasesVanishInTheIonosphereFreeCombinationButForModes) {
         return Rms(values);
     };
     EXPECT_GT(spread(first), 0.7);
-    EXPECT_LT(spread(combined), 1.2);
+    // Modes differ by 0.2 m on either frequency.
+    EXPECT_LT(spread(combined), 0.85);
 }
 
 }  // namespace

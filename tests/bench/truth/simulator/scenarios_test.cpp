@@ -98,6 +98,7 @@ TEST(Scenarios, LieInsideTheBoundsOfTheirKind) {
             EXPECT_LE(base.latitude, kind.latitude[1] * kDegree + 1e-9);
             EXPECT_GE(base.longitude, kind.longitude[0] * kDegree - 1e-9);
             EXPECT_LE(base.longitude, kind.longitude[1] * kDegree + 1e-9);
+            EXPECT_GE(std::min(base.height, rover.height), kind.height[0] - 1e-3);
             EXPECT_EQ(scenario.preciseInterval, kind.preciseInterval);
             const Date date = DateOf(scenario.start);
             EXPECT_GE(date.year, kind.years[0]);

@@ -40,6 +40,29 @@ TEST(Multipath, OfOneReflectorIsTheClosedForm) {
     EXPECT_NEAR(error.strength, 10.0 * std::log10(re * re + im * im), 1e-8);
 }
 
+TEST(Multipath, OfTheGroundComesLaterByTwiceTheHeightTimesTheSine) {
+    Surroundings around;
+    around.groundHeight = 2.0;
+    around.groundAmplitude = 0.3;
+    const double elevation = 20.0 * kDegree, wavelength = 0.19;
+    const double amplitude = 0.3 * (0.15 + 0.85 * std::exp(-std::sin(elevation) / 0.25));
+    const double psi = 2.0 * kPi * (4.0 * std::sin(elevation)) / wavelength + kPi;
+    EXPECT_NEAR(Multipath(around, 1.0, 100.0).At(Direction(1.0, elevation), wavelength).phase,
+                std::atan2(amplitude * std::sin(psi), 1.0 + amplitude * std::cos(psi)) *
+                    wavelength / (2.0 * kPi),
+                1e-9);
+}
+
+TEST(Multipath, OfFarReflectorsDisturbsNarrowCorrelatorsNoFurther) {
+    Surroundings around;
+    around.groundAmplitude = 0.0;
+    around.scatterers = {{{-30.0, 0.0, 0.0}, 0.1, 0.0, -1.0}};
+    const Vector3 d = Direction(0.0, 10.0 * kDegree);
+    const double wide = Multipath(around, 1.0, 1000.0).At(d, 0.19).code;
+    const double narrow = Multipath(around, 1.0, 6.0).At(d, 0.19).code;
+    EXPECT_NEAR(narrow / wide, 6.0 / (30.0 * (1.0 + std::cos(10.0 * kDegree))), 1e-9);
+}
+
 TEST(Multipath, NeverPassesAQuarterOfAWavelengthWhileReflectionsAreWeaker) {
     Surroundings around;
     around.groundAmplitude = 0.9;
@@ -181,6 +204,9 @@ TEST(Antenna, AdvancesTheSignalByItsOffset) {
     EXPECT_NEAR(antenna.Advance(0, {0.0, 0.0, 1.0}), 0.1, 1e-12);
     EXPECT_NEAR(antenna.Advance(1, {0.0, 0.0, 1.0}), 0.12, 1e-12);
     EXPECT_NEAR(antenna.Advance(0, {1.0, 0.0, 0.0}), 0.006, 1e-12);
+    // Half way up a quarter of the variation at the horizon.
+    const double half = std::sqrt(0.5);
+    EXPECT_NEAR(antenna.Advance(0, {0.0, half, half}), half * (0.1 - 0.002) + 0.00125, 1e-12);
     EXPECT_EQ(Antenna(scenario, scenario.occupations[1]).Advance(0, {0.0, 0.0, 1.0}), 0.0);
     // It stands higher by the offset: an overhead satellite is as much nearer.
     const EffectSeries series = EffectAlone(
