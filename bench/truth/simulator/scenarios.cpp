@@ -318,7 +318,7 @@ Receiver DrawReceiver(Random& random, Equipment equipment, const std::string& sy
         r.gapRate = random.Chance(0.7) ? 0.0 : random.LogUniform(0.05, 0.5);
         r.channels = systems.size() == 1 ? static_cast<std::size_t>(random.Integer(8, 12))
                                          : static_cast<std::size_t>(random.Integer(12, 24));
-        r.halfCycles = random.Chance(0.3) ? random.Uniform(0.05, 0.5) : 0.0;
+        r.halfCycles = random.Chance(0.2) ? random.Uniform(0.02, 0.3) : 0.0;
     }
     r.highestBeiDou = static_cast<std::uint8_t>(
         std::array<int, 4>{18, 30, 37, 63}[random.Choose({0.1, 0.1, 0.3, 0.5})]);
